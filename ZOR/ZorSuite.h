@@ -1,0 +1,15 @@
+#pragma once
+
+/// The library's chief header: the suite, its delegate, and the exported functions and variables.
+
+#include "ZOR/facade/DeviceState.h"        // IWYU pragma: export
+#include "ZOR/facade/SmartConfigStatus.h"  // IWYU pragma: export
+#include "ZOR/facade/SuiteInterface.h"     // IWYU pragma: export
+#include "ZOR/facade/Tunables.h"           // IWYU pragma: export
+#include "ZOR/facade/Version.h"            // IWYU pragma: export
+#include "ZOR/facade/WorkerHandle.h"       // IWYU pragma: export
+#include "ZOR/platform/LogSink.h"          // IWYU pragma: export
+#include "ZOR/platform/MainQueue.h"        // IWYU pragma: export
+#include "ZOR/smartconfig/Crc8.h"          // IWYU pragma: export
+#include "ZOR/smartconfig/PacketV3.h"      // IWYU pragma: export
+#include "ZOR/smartconfig/PacketV5.h"      // IWYU pragma: export

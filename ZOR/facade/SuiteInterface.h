@@ -1,0 +1,140 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "ZOR/platform/Export.h"
+
+class ZorWorkerHandle;
+
+namespace zor {
+class DelegateSlot;
+class Worker;
+}  // namespace zor
+
+/// Hears of modules. Both operations are called on the main-thread queue, one call at a time.
+///
+/// All five texts come from the network: bytes as the module sent them, NUL-free and bounded
+/// (`moduleId` and `MODULE_VER` 19 bytes, `MODULE_CAP` 39, `MODULE_EXT` 399), but otherwise
+/// untrusted. `MODULE_IP` is the sender's dotted-quad address.
+class ZOR_API ZorSuiteDelegate {
+ public:
+  virtual ~ZorSuiteDelegate();
+
+  /// A module answered a search.
+  virtual void onSearchFound(const std::string& moduleId, const std::string& MODULE_IP,
+                             const std::string& MODULE_VER, const std::string& MODULE_CAP,
+                             const std::string& MODULE_EXT) = 0;
+
+  /// A module announced that it has joined the network.
+  virtual void onSmartFound(const std::string& moduleId, const std::string& MODULE_IP,
+                            const std::string& MODULE_VER, const std::string& MODULE_CAP,
+                            const std::string& MODULE_EXT) = 0;
+};
+
+/// The library's one entry point: starts, steers and stops its workers.
+///
+/// 1. All state but the delegate is process-wide: two suites drive the same workers, and a start
+///    through either replaces the worker of the same kind that the other started.
+/// 2. Call the operations from one thread, the application's. `SmartConfigV5_SetProperty`,
+///    `SmartConfigV5_MixV3Enable`, `DeviceSearchSetProperty`, `SmartConfigStop`, the two progress
+///    operations and the delegate's accessors may be called from any thread.
+/// 3. A start first ends the worker of its kind and waits for it, without limit: a few milliseconds,
+///    or the whole rest of an upgrade. Nothing else blocks.
+/// 4. A suite may be destroyed while its workers run. They run on as they would, and still report
+///    to the delegate that it had.
+/// 5. No operation throws. Texts are bytes, cut at their field's length and at the first NUL.
+class ZOR_API ZorSuite {
+ public:
+  ZorSuite();
+  ~ZorSuite();
+  ZorSuite(const ZorSuite&) = delete;
+  ZorSuite& operator=(const ZorSuite&) = delete;
+
+  /// The delegate, or null. Any thread.
+  std::shared_ptr<ZorSuiteDelegate> delegate() const;
+
+  /// Replaces the delegate; callbacks that are still queued go to the new one. Any thread.
+  void setDelegate(std::shared_ptr<ZorSuiteDelegate> delegate);
+
+  /// The library's version, "3.5.1"; also stored in `libVer`.
+  std::string GetLibraryVersion();
+
+  /// Starts a search for the modules on the network, each reported once through `onSearchFound`. A
+  /// running search is replaced. The search ends right after its last request.
+  void DeviceSearch();
+
+  /// Sets `s_ZorSearchInterval` (milliseconds between requests) and `s_ZorSearchMax` (number of
+  /// requests), for a running search too. Any value is taken.
+  void DeviceSearchSetProperty(std::int32_t interval, std::int32_t COUNT);
+
+  /// Tells the module at dotted-quad `IP` (at most 15 bytes) to fetch the firmware at `URL` (at most
+  /// 512 bytes, "http://host[:port]/path") and follows its progress. Waits, without limit, for a
+  /// running upgrade to end by itself. A worker that cannot be created leaves -121 in the status.
+  void DeviceUpgrade(std::string_view IP, std::string_view URL);
+
+  /// 0 requested, 1 command sent, 2..99 per cent, 100 or more done; negative for a failure: -100
+  /// silence for 10 s, -111 or -112 URL refused, -121 or -122 no socket, else the module's `ret`.
+  std::int32_t DeviceUpgradeProgress();
+
+  /// Listens for announcements on UDP `port`; outside 1..65534 it takes the first free port from
+  /// 25010 up. A running listener is replaced. Returns the port bound, or -1, with no listener, when
+  /// the port is taken, no socket can be made or no worker can be created.
+  std::int32_t SmartConfigOnlineListen(std::int32_t port);
+
+  /// Asks the smart configuration senders and the listener to end. Does not wait for them.
+  void SmartConfigStop();
+
+  /// The share of the time-out, 0..100, that had passed when the latest multicast datagram went
+  /// out; 100 for a time-out of 0 or less; negative for a sender that could not open a socket (the
+  /// codes of SmartConfigStatus.h).
+  std::int32_t SmartConfigProgress();
+
+  /// Starts a version 5 run of `TIMEOUT` milliseconds: both senders, less those whose length base
+  /// is 0. `SSID` is cut at 32 bytes, `PASSWORD` at 64. Opens no listener. A worker that cannot be
+  /// created leaves -101 (multicast) or -201 (broadcast) in the status.
+  void SmartConfigV5_Start(std::string_view SSID, std::string_view PASSWORD, std::int32_t TIMEOUT);
+
+  /// Sets the application data of later version 5 runs: `length` bytes, of which 16 are kept, or
+  /// none when `bytes` is null. Call it before the start.
+  void SmartConfigV5_Append(const std::uint8_t* bytes, std::size_t length);
+
+  /// Sets the fourteen pacing tunables (Tunables.h) from as many bytes. A shorter buffer changes
+  /// nothing; further bytes are ignored. Takes effect in a running sender.
+  void SmartConfigV5_SetProperty(const std::uint8_t* bytes, std::size_t length);
+
+  /// 1 mixes version 3 frames into later version 5 runs; any other value does not.
+  void SmartConfigV5_MixV3Enable(std::uint8_t flag);
+
+  /// Starts a listener on port 25010 and a version 3 run of `TIMEOUT` milliseconds in place of the
+  /// multicast sender that runs. When the port is taken it logs "listen smart3 failed" and changes
+  /// nothing. A worker that cannot be created leaves -101 in the status.
+  void SmartConfigV3_Start(std::string_view SSID, std::string_view PASSWORD, std::int32_t TIMEOUT);
+
+  // Worker entries. The suite runs them on threads of its own; on an application's suite they
+  // return at once.
+  void threadDeviceSearch();
+  void threadSmartOnlineListen();
+  void threadSmartConfigV3();
+  void threadSmartConfigV5_mc();
+  void threadSmartConfigV5_bc();
+  void threadUpgrade();
+
+ private:
+  friend class zor::Worker;
+
+  /// The suite on which `worker` runs its entry; it shares the delegate with the one that started it.
+  ZorSuite(std::shared_ptr<zor::DelegateSlot> delegateSlot, zor::Worker* worker);
+
+  /// Starts `entry` in `handle`, which is empty. False when the system gives no thread or memory.
+  bool startWorker(ZorWorkerHandle& handle, void (ZorSuite::*entry)());
+
+  std::shared_ptr<zor::DelegateSlot> delegateSlot_;
+  zor::Worker* worker_ = nullptr;  ///< Null in an application's suite.
+};
+
+/// The version string that `GetLibraryVersion` made last. Application's thread.
+ZOR_API extern std::string libVer;

@@ -1,0 +1,26 @@
+#include "ZOR/smartconfig/PacketV3.h"
+
+#include <cstring>
+
+#include "ZOR/facade/DeviceState.h"
+#include "ZOR/smartconfig/Crc8.h"
+
+namespace {
+
+constexpr std::size_t kHeaderSize = 3;
+
+}  // namespace
+
+std::int32_t ZorBuildPacketSmartConfigV3(void* out, const char* ssid, const char* password) {
+  const std::size_t ssidLength = strnlen(ssid, kZorSsidSize - 1);
+  const std::size_t passwordLength = strnlen(password, kZorPasswordSize - 1);
+  const std::size_t length = kHeaderSize + ssidLength + passwordLength;
+
+  auto* const packet = static_cast<std::uint8_t*>(out);
+  packet[1] = static_cast<std::uint8_t>(ssidLength);
+  packet[2] = static_cast<std::uint8_t>(passwordLength);
+  std::memcpy(packet + kHeaderSize, ssid, ssidLength);
+  std::memcpy(packet + kHeaderSize + ssidLength, password, passwordLength);
+  packet[0] = static_cast<std::uint8_t>(ZorGetCrc8(packet + 1, static_cast<std::uint32_t>(length - 1)));
+  return static_cast<std::int32_t>(length);
+}

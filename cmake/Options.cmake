@@ -1,0 +1,38 @@
+include(CMakeDependentOption)
+
+# A project that takes this one in with add_subdirectory wants the library alone.
+option(ZOR_BUILD_TOOLS "Build the receiver and zorctl" ${PROJECT_IS_TOP_LEVEL})
+# The tests reach inside the library, which a shared build hides.
+cmake_dependent_option(ZOR_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL}
+                       "NOT BUILD_SHARED_LIBS" OFF)
+option(ZOR_WARNINGS_AS_ERRORS "Fail the build on a warning" OFF)
+set(ZOR_SANITIZE "" CACHE STRING "Sanitizers of the whole build, such as address,undefined or thread")
+
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
+endif()
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_CXX_STANDARD 20)
+  set(CMAKE_CXX_STANDARD_REQUIRED ON)
+  set(CMAKE_CXX_EXTENSIONS OFF)
+  set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+  find_program(ZOR_CCACHE ccache)
+  if(ZOR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${ZOR_CCACHE})
+  endif()
+endif()
+
+# Warnings for our own code; never handed on to those who use the library.
+add_library(zor_warnings INTERFACE)
+target_compile_options(zor_warnings INTERFACE
+  -Wall -Wextra -Wconversion -Wshadow
+  $<$<BOOL:${ZOR_WARNINGS_AS_ERRORS}>:-Werror>
+  $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety>)
+
+if(ZOR_SANITIZE)
+  add_compile_options(-fsanitize=${ZOR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${ZOR_SANITIZE})
+endif()
