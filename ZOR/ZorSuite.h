@@ -8,6 +8,9 @@
 #include "ZOR/facade/Tunables.h"           // IWYU pragma: export
 #include "ZOR/facade/Version.h"            // IWYU pragma: export
 #include "ZOR/facade/WorkerHandle.h"       // IWYU pragma: export
+#include "ZOR/net/Clock.h"                 // IWYU pragma: export
+#include "ZOR/net/LazySenders.h"           // IWYU pragma: export
+#include "ZOR/net/UdpSocket.h"             // IWYU pragma: export
 #include "ZOR/platform/LogSink.h"          // IWYU pragma: export
 #include "ZOR/platform/MainQueue.h"        // IWYU pragma: export
 #include "ZOR/smartconfig/Crc8.h"          // IWYU pragma: export

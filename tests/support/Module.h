@@ -1,0 +1,75 @@
+#pragma once
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+/// A module's socket on the loopback or in the test's network, bound to an address and port.
+class Module {
+ public:
+  struct Request {
+    std::string line;
+    std::uint16_t port = 0;  ///< Where the answer goes, on `address`.
+    std::string address;
+  };
+
+  explicit Module(std::uint16_t port = 0, const std::string& address = "0.0.0.0") {
+    descriptor_ = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const int on = 1;
+    setsockopt(descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    const sockaddr_in local = at(port, address);
+    if (bind(descriptor_, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
+      close(descriptor_);
+      throw std::runtime_error("cannot bind a module's socket");
+    }
+  }
+  ~Module() { close(descriptor_); }
+  Module(const Module&) = delete;
+  Module& operator=(const Module&) = delete;
+
+  void send(const std::string& line, std::int32_t port, const std::string& address = "127.0.0.1") const {
+    sockaddr_in to = at(static_cast<std::uint16_t>(port), address);
+    iovec content{const_cast<char*>(line.data()), line.size()};
+    msghdr message{};
+    message.msg_name = &to;
+    message.msg_namelen = sizeof to;
+    message.msg_iov = &content;
+    message.msg_iovlen = 1;
+    sendmsg(descriptor_, &message, 0);  // Not sendto, whose calls are taken for the library's.
+  }
+
+  /// The next request, with an empty line when none comes in time.
+  Request receive(int limitMs = 1000) const {
+    pollfd wanted{descriptor_, POLLIN, 0};
+    if (poll(&wanted, 1, limitMs) <= 0) return {};
+    char buffer[2048];
+    sockaddr_in from{};
+    socklen_t size = sizeof from;
+    const ssize_t count =
+        recvfrom(descriptor_, buffer, sizeof buffer, 0, reinterpret_cast<sockaddr*>(&from), &size);
+    if (count < 0) return {};
+    char address[INET_ADDRSTRLEN];
+    inet_ntop(AF_INET, &from.sin_addr, address, sizeof address);
+    return {std::string(buffer, static_cast<std::size_t>(count)), ntohs(from.sin_port), address};
+  }
+
+  void answer(const Request& request, const std::string& line) const {
+    send(line, request.port, request.address);
+  }
+
+ private:
+  static sockaddr_in at(std::uint16_t port, const std::string& address) {
+    sockaddr_in result{};
+    result.sin_family = AF_INET;
+    result.sin_port = htons(port);
+    inet_pton(AF_INET, address.c_str(), &result.sin_addr);
+    return result;
+  }
+
+  int descriptor_ = -1;
+};
