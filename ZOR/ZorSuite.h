@@ -13,6 +13,7 @@
 #include "ZOR/net/UdpSocket.h"             // IWYU pragma: export
 #include "ZOR/platform/LogSink.h"          // IWYU pragma: export
 #include "ZOR/platform/MainQueue.h"        // IWYU pragma: export
+#include "ZOR/protocol/LineScanners.h"     // IWYU pragma: export
 #include "ZOR/smartconfig/Crc8.h"          // IWYU pragma: export
 #include "ZOR/smartconfig/PacketV3.h"      // IWYU pragma: export
 #include "ZOR/smartconfig/PacketV5.h"      // IWYU pragma: export
