@@ -1,0 +1,36 @@
+#include "ZOR/smartconfig/GroupText.h"
+#include "ZOR/smartconfig/Schedules.h"
+
+namespace zor {
+namespace {
+
+constexpr const char* kMarkerGroup = "239.90.0.0";
+constexpr std::int32_t kMarkerLength = 30;
+constexpr std::int32_t kMarkers = 3;
+constexpr std::int32_t kFirstFrameLength = 31;
+constexpr int kEvenOctet = 79;
+constexpr int kOddOctet = 82;
+
+constinit const ZorTunable kFramePause{10};
+constinit const ZorTunable kCyclePause{20};
+
+}  // namespace
+
+CycleV3 sendCycleV3(Air& air, const PacketV3& packet, NoSocket noSocket) {
+  const bool mayEnd = noSocket == NoSocket::endsCycle;
+  for (std::int32_t marker = 0; marker < kMarkers; ++marker) {
+    if (air.cancelled()) return CycleV3::through;
+    if (air.send(kMarkerGroup, kMarkerLength) < 0 && mayEnd) return CycleV3::noSocketForMarker;
+    air.wait(kFramePause);
+  }
+  for (std::int32_t j = 0; 2 * j < packet.length; ++j) {
+    if (air.cancelled()) return CycleV3::through;
+    const GroupText group(j % 2 == 0 ? kEvenOctet : kOddOctet, packet.bytes + 2 * j);
+    if (air.send(group.text(), kFirstFrameLength + j) < 0 && mayEnd) return CycleV3::noSocketForFrame;
+    air.wait(kFramePause);
+  }
+  air.wait(kCyclePause);
+  return CycleV3::through;
+}
+
+}  // namespace zor
