@@ -1,0 +1,9 @@
+#pragma once
+
+/// What tells one reported module from another; all four texts together are the key.
+struct ZorModuleRecord {
+  char mac[20];
+  char ip[20];
+  char ver[20];
+  char cap[64];
+};

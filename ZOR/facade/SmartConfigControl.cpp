@@ -1,0 +1,74 @@
+#include "ZOR/facade/SmartConfigControl.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "ZOR/facade/CopyText.h"
+#include "ZOR/facade/DeviceState.h"
+#include "ZOR/facade/SmartConfigStatus.h"
+#include "ZOR/facade/SuiteInterface.h"
+#include "ZOR/facade/Tunables.h"
+#include "ZOR/facade/WorkerHandle.h"
+#include "ZOR/net/Clock.h"
+
+namespace zor {
+
+void storeSmartConfigInputs(std::string_view ssid, std::string_view password, std::int32_t timeout) {
+  copyText(ssid, s_ZorDevice.ssid);
+  copyText(password, s_ZorDevice.password);
+  s_ZorDevice.smartTimeout = timeout;
+  s_ZorDevice.smartStartMs = ZorGetUsec();
+  s_ZorDevice.smartLastMs = ZorGetUsec();
+  s_ZorDevice.smartStatus = 0;
+}
+
+bool smartConfigTimeLeft() {
+  const std::int64_t deadline = std::int64_t{s_ZorDevice.smartStartMs} + s_ZorDevice.smartTimeout;
+  return ZorGetUsec() < deadline;
+}
+
+}  // namespace zor
+
+void ZorSuite::SmartConfigV5_Start(std::string_view SSID, std::string_view PASSWORD, std::int32_t TIMEOUT) {
+  s_threadSmartConfigBc.cancel();
+  s_threadSmartConfigMc.cancel();
+  s_threadSmartConfigBc.waitUntilEmpty();
+  s_threadSmartConfigMc.waitUntilEmpty();
+
+  zor::storeSmartConfigInputs(SSID, PASSWORD, TIMEOUT);
+  if (s_ZorSmart5_BcLen > 0 && !startWorker(s_threadSmartConfigBc, &ZorSuite::threadSmartConfigV5_bc)) {
+    s_ZorDevice.smartStatus = kZorBroadcastSync1Failed;
+  }
+  if (s_ZorSmart5_McLen > 0 && !startWorker(s_threadSmartConfigMc, &ZorSuite::threadSmartConfigV5_mc)) {
+    s_ZorDevice.smartStatus = kZorMulticastSyncFailed;
+  }
+}
+
+void ZorSuite::SmartConfigV5_Append(const std::uint8_t* bytes, std::size_t length) {
+  if (bytes == nullptr) {
+    s_ZorDevice.appendLen = 0;
+    return;
+  }
+  const std::size_t kept = std::min(length, kZorAppendSize - 1);
+  std::memset(s_ZorDevice.appendData, 0, kZorAppendSize);
+  std::memcpy(s_ZorDevice.appendData, bytes, kept);
+  s_ZorDevice.appendLen = static_cast<std::int32_t>(kept);
+}
+
+void ZorSuite::SmartConfigStop() {
+  s_threadSmartConfigBc.cancel();
+  s_threadSmartConfigMc.cancel();
+  s_threadSmartOnlineListen.cancel();
+}
+
+std::int32_t ZorSuite::SmartConfigProgress() {
+  const std::int32_t status = s_ZorDevice.smartStatus;
+  const std::int32_t timeout = s_ZorDevice.smartTimeout;
+  if (status < 0) return status;
+  if (timeout <= 0) return 100;
+  // 32-bit arithmetic that wraps, as the low words of the two times give it.
+  const auto passed = static_cast<std::uint32_t>(s_ZorDevice.smartLastMs.load()) -
+                      static_cast<std::uint32_t>(s_ZorDevice.smartStartMs.load());
+  const std::int32_t percent = static_cast<std::int32_t>(passed * 100U) / timeout;
+  return std::min(percent, 100);
+}
