@@ -2,6 +2,7 @@ include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
 install(TARGETS ZorSuite EXPORT ZorSuiteTargets)
+install(FILES ZORBroadcast_SSID_Password.h TYPE INCLUDE)
 # The chief header and what it includes; the rest of the headers stay ours.
 file(STRINGS ZOR/ZorSuite.h zor_includes REGEX "^#include \"")
 set(zor_public_headers ZOR/ZorSuite.h ZOR/platform/Export.h ZOR/platform/Mutex.h

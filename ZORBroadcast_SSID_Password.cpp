@@ -1,0 +1,82 @@
+#include "ZORBroadcast_SSID_Password.h"
+
+#include <array>
+#include <cstdio>
+#include <ctime>
+#include <exception>
+#include <string>
+#include <utility>
+
+#include "ZOR/platform/Log.h"
+
+namespace {
+
+/// Where a module announces itself when it is not told another port.
+constexpr std::int32_t kDefaultPort = 25010;
+constexpr std::int32_t kRunMs = 100'000;
+constexpr std::uint8_t kPortRecordType = 1;
+
+std::string timeOfDay() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  char text[16];
+  std::snprintf(text, sizeof text, "%02d:%02d:%02d", local.tm_hour, local.tm_min, local.tm_sec);
+  return text;
+}
+
+}  // namespace
+
+ZORBroadcast_SSID_Password::ZORBroadcast_SSID_Password() = default;
+
+ZORBroadcast_SSID_Password::~ZORBroadcast_SSID_Password() = default;
+
+void ZORBroadcast_SSID_Password::startBroadcast_SSID(std::string_view SSID, std::string_view Password) {
+  try {
+    _myZorSuite = std::make_shared<ZorSuite>();
+  } catch (const std::exception&) {
+    return;  // Without memory nothing starts, and the run before goes on.
+  }
+  appendPort(_myZorSuite->SmartConfigOnlineListen(0));
+  LogStr("SmartConfig v5 start...");
+  _myZorSuite->SmartConfigV5_Start(SSID, Password, kRunMs);
+}
+
+/// Tells the module in the run that follows where to announce itself, if that is not the usual port.
+/// Without a listener there is no port to tell; the run goes on all the same.
+void ZORBroadcast_SSID_Password::appendPort(std::int32_t port) {
+  if (port == kDefaultPort || port < 0) {
+    _myZorSuite->SmartConfigV5_Append(nullptr, 0);
+    LogStr("append = nil");
+    return;
+  }
+  const std::array<std::uint8_t, 3> record{kPortRecordType, static_cast<std::uint8_t>(port % 256),
+                                           static_cast<std::uint8_t>(port / 256)};
+  _myZorSuite->SmartConfigV5_Append(record.data(), record.size());
+  char text[32];
+  std::snprintf(text, sizeof text, "append(3)= <%02x%02x%02x>", record[0], record[1], record[2]);
+  LogStr(text);
+}
+
+void ZORBroadcast_SSID_Password::stopBroadcast() {
+  if (_myZorSuite) _myZorSuite->SmartConfigStop();
+  zor::log("SmartConfig v5 stop...");
+}
+
+void ZORBroadcast_SSID_Password::LogStr(std::string_view text) {
+  try {
+    ZorPostToMainQueue([time = timeOfDay(), text = std::string(text)] {
+      const std::string line = time + "] " + text + "\r\n";
+    });
+  } catch (const std::exception&) {
+    // The line would have been dropped anyway.
+  }
+}
+
+std::shared_ptr<ZorSuite> ZORBroadcast_SSID_Password::myZorSuite() const {
+  return _myZorSuite;
+}
+
+void ZORBroadcast_SSID_Password::setMyZorSuite(std::shared_ptr<ZorSuite> suite) {
+  _myZorSuite = std::move(suite);
+}
