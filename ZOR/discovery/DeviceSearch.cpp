@@ -1,0 +1,70 @@
+#include <cstdio>
+
+#include "ZOR/discovery/ModuleReporter.h"
+#include "ZOR/facade/Tunables.h"
+#include "ZOR/facade/Worker.h"
+#include "ZOR/net/Clock.h"
+#include "ZOR/net/LazySenders.h"
+#include "ZOR/net/UdpSocket.h"
+#include "ZOR/protocol/RequestFormats.h"
+
+namespace {
+
+constexpr const char* kEveryHost = "255.255.255.255";  // Limited broadcast, RFC 919.
+
+/// How long a pass rests that could not wait for an answer, milliseconds: as long as a receive.
+constexpr std::int32_t kNoReceiveRestMs = 10;
+
+/// The numbered requests of one search and the socket on which the answers come back.
+class Requests {
+ public:
+  Requests() = default;
+  ~Requests() { ZorUdpClose(socket_); }
+  Requests(const Requests&) = delete;
+  Requests& operator=(const Requests&) = delete;
+
+  bool allSent() const { return sent_ >= s_ZorSearchMax; }
+  std::int32_t socket() const { return socket_; }
+
+  /// Sends the next request if more than the interval has passed since the latest. A request that
+  /// could not be sent counts as well; the next one tries a new socket.
+  void sendIfDue() {
+    if (ZorGetUsec() - latestMs_ <= s_ZorSearchInterval) return;
+    latestMs_ = ZorGetUsec();
+    char line[64];
+    const std::int32_t length = std::snprintf(line, sizeof line, zor::kInfoRequest, sent_);
+    ZorUdpBcSendData(&socket_, line, length, kEveryHost, zor::kModulePort);
+    ++sent_;
+  }
+
+ private:
+  std::int32_t socket_ = -1;
+  long latestMs_ = 0;
+  std::int32_t sent_ = 0;
+};
+
+}  // namespace
+
+void ZorSuite::DeviceSearch() {
+  s_threadDeviceSearch.cancel();
+  s_threadDeviceSearch.waitUntilEmpty();
+  // A search that finds no thread ends as it would without an answer: nobody is reported.
+  startWorker(s_threadDeviceSearch, &ZorSuite::threadDeviceSearch);
+}
+
+void ZorSuite::DeviceSearchSetProperty(std::int32_t interval, std::int32_t COUNT) {
+  s_ZorSearchInterval = interval;
+  s_ZorSearchMax = COUNT;
+}
+
+void ZorSuite::threadDeviceSearch() {
+  if (worker_ == nullptr || s_ZorSearchMax < 1) return;
+  zor::WorkerThread& thread = worker_->thread();
+  zor::ModuleReporter reporter(zor::kResponseTag, delegateSlot_, &ZorSuiteDelegate::onSearchFound);
+  Requests requests;
+  while (!thread.cancelled()) {
+    requests.sendIfDue();
+    if (reporter.receive(requests.socket()) < 0 || requests.socket() < 0) thread.wait(kNoReceiveRestMs);
+    if (requests.allSent()) break;
+  }
+}
