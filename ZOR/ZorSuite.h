@@ -17,3 +17,5 @@
 #include "ZOR/smartconfig/Crc8.h"          // IWYU pragma: export
 #include "ZOR/smartconfig/PacketV3.h"      // IWYU pragma: export
 #include "ZOR/smartconfig/PacketV5.h"      // IWYU pragma: export
+#include "ZOR/upgrade/UpgradeCommand.h"    // IWYU pragma: export
+#include "ZOR/upgrade/UpgradeStatus.h"     // IWYU pragma: export
