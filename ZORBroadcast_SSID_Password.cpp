@@ -7,8 +7,6 @@
 #include <string>
 #include <utility>
 
-#include "ZOR/platform/Log.h"
-
 namespace {
 
 /// Where a module announces itself when it is not told another port.
@@ -60,7 +58,7 @@ void ZORBroadcast_SSID_Password::appendPort(std::int32_t port) {
 
 void ZORBroadcast_SSID_Password::stopBroadcast() {
   if (_myZorSuite) _myZorSuite->SmartConfigStop();
-  zor::log("SmartConfig v5 stop...");
+  ZorLogLine("SmartConfig v5 stop...");
 }
 
 void ZORBroadcast_SSID_Password::LogStr(std::string_view text) {

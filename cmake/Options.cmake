@@ -5,7 +5,10 @@ option(ZOR_BUILD_TOOLS "Build the receiver and zorctl" ${PROJECT_IS_TOP_LEVEL})
 # The tests reach inside the library, which a shared build hides.
 cmake_dependent_option(ZOR_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL}
                        "NOT BUILD_SHARED_LIBS" OFF)
+option(ZOR_BUILD_FUZZERS "Build the fuzzers; needs clang" OFF)
+option(ZOR_BUILD_BENCH "Build the benchmarks" OFF)
 option(ZOR_WARNINGS_AS_ERRORS "Fail the build on a warning" OFF)
+set(ZOR_GOOGLETEST_SOURCE "" CACHE PATH "GoogleTest's source, for builds that the installed one does not fit")
 set(ZOR_SANITIZE "" CACHE STRING "Sanitizers of the whole build, such as address,undefined or thread")
 
 set(THREADS_PREFER_PTHREAD_FLAG ON)

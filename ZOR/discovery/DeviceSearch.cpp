@@ -3,8 +3,8 @@
 #include "ZOR/discovery/ModuleReporter.h"
 #include "ZOR/facade/Tunables.h"
 #include "ZOR/facade/Worker.h"
-#include "ZOR/net/Clock.h"
 #include "ZOR/net/LazySenders.h"
+#include "ZOR/net/Stopwatch.h"
 #include "ZOR/net/UdpSocket.h"
 #include "ZOR/protocol/RequestFormats.h"
 
@@ -29,8 +29,8 @@ class Requests {
   /// Sends the next request if more than the interval has passed since the latest. A request that
   /// could not be sent counts as well; the next one tries a new socket.
   void sendIfDue() {
-    if (ZorGetUsec() - latestMs_ <= s_ZorSearchInterval) return;
-    latestMs_ = ZorGetUsec();
+    if (sinceLatest_.elapsedMs() <= s_ZorSearchInterval) return;
+    sinceLatest_.restart();
     char line[64];
     const std::int32_t length = std::snprintf(line, sizeof line, zor::kInfoRequest, sent_);
     ZorUdpBcSendData(&socket_, line, length, kEveryHost, zor::kModulePort);
@@ -39,7 +39,7 @@ class Requests {
 
  private:
   std::int32_t socket_ = -1;
-  long latestMs_ = 0;
+  zor::Stopwatch sinceLatest_{0};  ///< The first request is due once the clock has counted an interval.
   std::int32_t sent_ = 0;
 };
 

@@ -1,6 +1,8 @@
 #include "ZOR/facade/SmartConfigControl.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstring>
 
 #include "ZOR/facade/CopyText.h"
@@ -12,19 +14,33 @@
 #include "ZOR/net/Clock.h"
 
 namespace zor {
+namespace {
+
+/// When the latest run began, by the monotonic clock: the wall clock may step back, and a run must
+/// not outlast its time-out by that.
+std::atomic<std::int64_t> steadyStartMs{0};
+
+std::int64_t steadyMs() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+}  // namespace
 
 void storeSmartConfigInputs(std::string_view ssid, std::string_view password, std::int32_t timeout) {
   copyText(ssid, s_ZorDevice.ssid);
   copyText(password, s_ZorDevice.password);
   s_ZorDevice.smartTimeout = timeout;
+  steadyStartMs = steadyMs();
   s_ZorDevice.smartStartMs = ZorGetUsec();
   s_ZorDevice.smartLastMs = ZorGetUsec();
   s_ZorDevice.smartStatus = 0;
 }
 
 bool smartConfigTimeLeft() {
-  const std::int64_t deadline = std::int64_t{s_ZorDevice.smartStartMs} + s_ZorDevice.smartTimeout;
-  return ZorGetUsec() < deadline;
+  const std::int64_t steady = steadyMs() - steadyStartMs;
+  const std::int64_t wall = std::int64_t{ZorGetUsec()} - s_ZorDevice.smartStartMs;
+  return std::max(wall, steady) < s_ZorDevice.smartTimeout;
 }
 
 }  // namespace zor

@@ -57,14 +57,7 @@ void log(const char* format, ...) {
   va_start(arguments, format);
   std::vsnprintf(line, sizeof line, format, arguments);
   va_end(arguments);
-
-  const std::shared_ptr<const ZorLogSink> sink = sinkSlot.value.get();
-  if (!sink) return writeToSystemLog(line);
-  try {
-    (*sink)(line);
-  } catch (...) {
-    // A sink that fails must not end the worker that had something to say.
-  }
+  ZorLogLine(line);
 }
 
 }  // namespace zor
@@ -77,4 +70,14 @@ void ZorSetLogSink(ZorLogSink sink) {
     return;  // Without memory the present sink stays.
   }
   zor::sinkSlot.value.swap(next);
+}
+
+void ZorLogLine(const char* line) {
+  const std::shared_ptr<const ZorLogSink> sink = zor::sinkSlot.value.get();
+  if (!sink) return zor::writeToSystemLog(line);
+  try {
+    (*sink)(line);
+  } catch (...) {
+    // A sink that fails must not end the worker that had something to say.
+  }
 }

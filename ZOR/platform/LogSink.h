@@ -15,3 +15,6 @@ using ZorLogSink = std::function<void(const char* line)>;
 /// written while the sink is replaced may still reach the old one, which stays alive until then.
 /// What a sink throws is dropped. A sink must not start or stop a worker.
 ZOR_API void ZorSetLogSink(ZorLogSink sink);
+
+/// Writes one NUL-terminated line where the library's own lines go. Any thread.
+ZOR_API void ZorLogLine(const char* line);

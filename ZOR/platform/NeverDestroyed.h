@@ -7,7 +7,7 @@ namespace zor {
 template <class T>
 union NeverDestroyed {
   constexpr NeverDestroyed() : value() {}
-  ~NeverDestroyed() {}
+  ~NeverDestroyed() {}  // NOLINT(modernize-use-equals-default): = default would delete it
   NeverDestroyed(const NeverDestroyed&) = delete;
   NeverDestroyed& operator=(const NeverDestroyed&) = delete;
 

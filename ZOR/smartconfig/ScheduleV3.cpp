@@ -25,7 +25,7 @@ CycleV3 sendCycleV3(Air& air, const PacketV3& packet, NoSocket noSocket) {
   }
   for (std::int32_t j = 0; 2 * j < packet.length; ++j) {
     if (air.cancelled()) return CycleV3::through;
-    const GroupText group(j % 2 == 0 ? kEvenOctet : kOddOctet, packet.bytes + 2 * j);
+    const GroupText group(j % 2 == 0 ? kEvenOctet : kOddOctet, &packet.bytes[2 * j]);
     if (air.send(group.text(), kFirstFrameLength + j) < 0 && mayEnd) return CycleV3::noSocketForFrame;
     air.wait(kFramePause);
   }

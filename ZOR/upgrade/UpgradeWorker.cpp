@@ -1,22 +1,21 @@
-#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "ZOR/facade/CopyText.h"
 #include "ZOR/facade/Worker.h"
 #include "ZOR/net/Clock.h"
+#include "ZOR/net/Stopwatch.h"
 #include "ZOR/net/UdpSocket.h"
-#include "ZOR/protocol/LineReader.h"
 #include "ZOR/protocol/RequestFormats.h"
+#include "ZOR/upgrade/UpgradeAnswer.h"
 #include "ZOR/upgrade/UpgradeCommand.h"
 #include "ZOR/upgrade/UpgradeStatus.h"
 
 namespace zor {
 namespace {
 
-constexpr long kRequestIntervalMs = 501;
-constexpr long kSilenceLimitMs = 10'000;
+constexpr std::int64_t kRequestIntervalMs = 501;
+constexpr std::int64_t kSilenceLimitMs = 10'000;
 constexpr std::int32_t kLongestAnswer = 512;
 
 /// How long a pass rests whose receive failed, milliseconds: as long as a receive waits.
@@ -27,17 +26,11 @@ bool isFinal(std::int32_t status) {
   return static_cast<std::uint32_t>(status) >= kZorUpgradeDone;
 }
 
-/// The decimal number that `text` begins with, 0 without one, cut to 32 bits.
-std::int32_t toNumber(const char* text) {
-  return static_cast<std::int32_t>(
-      std::clamp<long long>(std::strtoll(text, nullptr, 10), INT32_MIN, INT32_MAX));
-}
-
 /// One upgrade on its worker's thread: asks, listens, and keeps the status.
 class Upgrade {
  public:
   Upgrade(WorkerThread& thread, const char* moduleIp, const char* commandData, std::int32_t socket)
-      : thread_(thread), moduleIp_(moduleIp), socket_(socket), answeredMs_(ZorGetUsec()) {
+      : thread_(thread), moduleIp_(moduleIp), socket_(socket), sinceAnswered_(ZorGetUsec()) {
     std::snprintf(command_, sizeof command_, kUpgradeRequest, commandData);
   }
   ~Upgrade() { ZorUdpClose(socket_); }
@@ -48,15 +41,15 @@ class Upgrade {
     do {
       askIfDue();
       listen();
-      if (ZorGetUsec() - answeredMs_ > kSilenceLimitMs) status_ = kZorUpgradeSilence;
+      if (sinceAnswered_.elapsedMs() > kSilenceLimitMs) status_ = kZorUpgradeSilence;
     } while (!isFinal(status_));
   }
 
  private:
   void askIfDue() {
-    if (ZorGetUsec() - askedMs_ < kRequestIntervalMs) return;
+    if (sinceAsked_.elapsedMs() < kRequestIntervalMs) return;
     const char* const line = status_ == kZorUpgradeCommandSent ? command_ : kUpgradeStatusRequest;
-    askedMs_ = ZorGetUsec();
+    sinceAsked_.restart();
     // A send that fails is made good by the next, or ends in silence.
     ZorUdpSendData(socket_, line, static_cast<std::int32_t>(std::strlen(line)), moduleIp_, kModulePort);
   }
@@ -67,41 +60,20 @@ class Upgrade {
     const std::int32_t length = ZorUdpRecvData(socket_, line_, kLongestAnswer, source, &port);
     if (length < 0) thread_.wait(kErrorRestMs);
     if (length < 1 || port != kModulePort || std::strcmp(source, moduleIp_) != 0) return;
-    if (!answer_.open(line_, length, kResponseTag)) return;
-    answeredMs_ = ZorGetUsec();
-    const std::int32_t id = toNumber(answer_.id());
-    if (id == kUpgradeId) takeCommandAnswer();
-    if (id == kUpgradeStatusId) takeStatusAnswer();
-  }
-
-  void takeCommandAnswer() {
-    std::int32_t ret = 0;
-    if (findNumber("ret", ret)) status_ = ret < 0 ? ret : kZorUpgradeAccepted;
-  }
-
-  void takeStatusAnswer() {
-    std::int32_t status = 0;
-    if (findNumber("status", status)) status_ = std::max(status, kZorUpgradeAccepted);
-  }
-
-  bool findNumber(std::string_view key, std::int32_t& number) {
-    while (answer_.nextPair()) {
-      if (answer_.key() != key) continue;
-      number = toNumber(answer_.value());
-      return true;
-    }
-    return false;
+    if (!answer_.open(line_, length)) return;
+    sinceAnswered_.restart();
+    status_ = answer_.applyTo(status_);
   }
 
   WorkerThread& thread_;
   const char* moduleIp_;
   std::int32_t socket_;
   std::atomic<std::int32_t>& status_ = s_ZorDevice.upgradeStatus;
-  long askedMs_ = 0;
-  long answeredMs_;
+  Stopwatch sinceAsked_{0};  ///< The first request is due once the clock has counted an interval.
+  Stopwatch sinceAnswered_;
   char command_[kZorUpgradeCmdDataSize + sizeof kUpgradeRequest];
   char line_[kLongestAnswer + 1];
-  LineReader answer_;
+  UpgradeAnswer answer_;
 };
 
 }  // namespace
