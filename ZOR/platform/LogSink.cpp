@@ -14,6 +14,7 @@
 #include "ZOR/platform/Log.h"
 #include "ZOR/platform/Mutex.h"
 #include "ZOR/platform/NeverDestroyed.h"
+#include "ZOR/platform/Wipe.h"
 
 namespace zor {
 namespace {
@@ -58,6 +59,7 @@ void log(const char* format, ...) {
   std::vsnprintf(line, sizeof line, format, arguments);
   va_end(arguments);
   ZorLogLine(line);
+  wipe(line, sizeof line);  // It may have held the pass phrase.
 }
 
 }  // namespace zor

@@ -1,0 +1,51 @@
+#include "cli/FoundModules.h"
+
+#include "cli/Escape.h"
+
+namespace zor::cli {
+namespace {
+
+/// Who floods the network with invented modules must not fill the memory with them.
+constexpr std::size_t kMostCounted = 65'536;
+
+}  // namespace
+
+void FoundModules::onSearchFound(const std::string& moduleId, const std::string& MODULE_IP,
+                                 const std::string& MODULE_VER, const std::string& MODULE_CAP,
+                                 const std::string& MODULE_EXT) {
+  take({moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT});
+}
+
+void FoundModules::onSmartFound(const std::string& moduleId, const std::string& MODULE_IP,
+                                const std::string& MODULE_VER, const std::string& MODULE_CAP,
+                                const std::string& MODULE_EXT) {
+  take({moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT});
+}
+
+void FoundModules::take(FoundModule module) {
+  if (ids_.size() < kMostCounted) ids_.insert(module.id);
+  onFound_(module);
+}
+
+std::string foundText(const FoundModule& module) {
+  std::string text = "found module " + printable(module.id) + " at " + module.address;
+  if (!module.version.empty()) text += ", version " + printable(module.version);
+  if (!module.capabilities.empty()) text += ", capabilities " + printable(module.capabilities);
+  if (!module.extension.empty()) text += ", " + printable(module.extension);
+  return text;
+}
+
+Json foundEvent(const FoundModule& module) {
+  return {{"event", "module_found"},
+          {"module_id", codePoints(module.id)},
+          {"address", module.address},
+          {"version", codePoints(module.version)},
+          {"capabilities", codePoints(module.capabilities)},
+          {"extension", codePoints(module.extension)}};
+}
+
+std::string moduleCount(std::size_t count) {
+  return std::to_string(count) + (count == 1 ? " module" : " modules");
+}
+
+}  // namespace zor::cli

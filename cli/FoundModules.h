@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <set>
+#include <string>
+
+#include "ZOR/ZorSuite.h"
+#include "cli/Output.h"
+
+namespace zor::cli {
+
+/// A module as it told of itself: untrusted bytes.
+struct FoundModule {
+  std::string id;
+  std::string address;
+  std::string version;
+  std::string capabilities;
+  std::string extension;
+};
+
+/// Passes on each module that a search or a listener reports, and counts the different ones.
+class FoundModules : public ZorSuiteDelegate {
+ public:
+  explicit FoundModules(std::function<void(const FoundModule&)> onFound) : onFound_(std::move(onFound)) {}
+
+  /// How many different modules were reported: one that announces itself from two addresses counts once.
+  std::size_t count() const { return ids_.size(); }
+
+  void onSearchFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
+                     const std::string& MODULE_CAP, const std::string& MODULE_EXT) override;
+  void onSmartFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
+                    const std::string& MODULE_CAP, const std::string& MODULE_EXT) override;
+
+ private:
+  void take(FoundModule module);
+
+  std::function<void(const FoundModule&)> onFound_;
+  std::set<std::string> ids_;
+};
+
+/// "found module ID at ADDRESS, version ..." for a terminal.
+std::string foundText(const FoundModule& module);
+
+/// The "module_found" event.
+Json foundEvent(const FoundModule& module);
+
+/// "1 module" or "3 modules".
+std::string moduleCount(std::size_t count);
+
+}  // namespace zor::cli

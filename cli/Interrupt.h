@@ -1,0 +1,34 @@
+#pragma once
+
+namespace zor::cli {
+
+/// Turns SIGINT and SIGTERM into a descriptor to poll, as long as it lives. One at a time.
+class Interrupt {
+ public:
+  /// Throws `RunFailure` when the system gives no pipe.
+  Interrupt();
+  ~Interrupt();
+  Interrupt(const Interrupt&) = delete;
+  Interrupt& operator=(const Interrupt&) = delete;
+
+  /// True once a signal came or `raise` was called.
+  bool raised() const { return wait(0); }
+
+  /// Waits at most `waitMs` milliseconds, -1 for ever. Returns what `raised` does then. Any thread.
+  bool wait(int waitMs) const;
+
+  /// Does what a signal does. Any thread.
+  void raise() const;
+
+  /// Polls readable once a signal came.
+  int descriptor() const { return pipe_[0]; }
+
+ private:
+  int pipe_[2];
+};
+
+/// Waits at most `waitMs` milliseconds for work on the main-thread queue or an interrupt, then runs the
+/// queue.
+void runMainQueueFor(int waitMs, const Interrupt& interrupt);
+
+}  // namespace zor::cli

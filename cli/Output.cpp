@@ -1,0 +1,83 @@
+#include "cli/Output.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+
+namespace zor::cli {
+namespace {
+
+constexpr char kEraseLine[] = "\r\x1b[K";  // Carriage return and "erase in line", ECMA-48.
+constexpr std::size_t kUsualWidth = 80;
+constexpr int kBarWidth = 30;
+
+std::size_t terminalWidth() {
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
+  return size.ws_col;
+}
+
+}  // namespace
+
+Output::Output(bool json) : json_(json), live_(!json && isatty(STDOUT_FILENO) == 1) {}
+
+void Output::report(std::string_view text, const Json& event) {
+  reportText(text);
+  reportJson(event);
+}
+
+void Output::reportJson(const Json& event) {
+  if (!json_) return;
+  constexpr int kOneLine = -1;
+  constexpr bool kAsciiOnly = true;
+  write(event.dump(kOneLine, ' ', kAsciiOnly) + "\n");
+}
+
+void Output::reportText(std::string_view text) {
+  if (json_) return;
+  clearLive();
+  write(std::string(text) + "\n");
+}
+
+void Output::showLive(std::string_view text) {
+  if (!live_) return;
+  // The last column stays free: a full line would wrap and could not be erased.
+  write(kEraseLine + std::string(text.substr(0, terminalWidth() - 1)));
+  drawn_ = true;
+}
+
+void Output::complain(std::string_view text) {
+  clearLive();
+  std::fprintf(stderr, "zorctl: %.*s\n", static_cast<int>(text.size()), text.data());
+}
+
+void Output::clearLive() {
+  if (drawn_) write(kEraseLine);
+  drawn_ = false;
+}
+
+void Output::write(std::string_view text) {
+  while (!gone_ && !text.empty()) {
+    const ssize_t count = ::write(STDOUT_FILENO, text.data(), text.size());
+    if (count >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      gone_ = true;
+    }
+  }
+}
+
+std::string progressBar(int percent) {
+  const int bounded = std::clamp(percent, 0, 100);
+  const auto filled = static_cast<std::size_t>(bounded * kBarWidth / 100);
+  char number[16];
+  std::snprintf(number, sizeof number, "] %3d %%", bounded);
+  std::string bar("[");
+  bar.append(filled, '#').append(kBarWidth - filled, '-').append(number);
+  return bar;
+}
+
+}  // namespace zor::cli

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+namespace zor::cli {
+
+/// Keeps the keys in the order in which they are given.
+using Json = nlohmann::ordered_json;
+
+/// What a command prints on stdout: lines of text, or with `json` one JSON object a line. On a terminal, text
+/// may have a live line below it that is drawn over and over.
+///
+/// A stdout that nobody reads any more is no error: what is printed from then on is dropped. One thread.
+class Output {
+ public:
+  explicit Output(bool json);
+  ~Output() { clearLive(); }
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  /// True when live lines are shown.
+  bool isLive() const { return live_; }
+
+  /// True without JSON.
+  bool isText() const { return !json_; }
+
+  /// True once stdout took no more.
+  bool isGone() const { return gone_; }
+
+  /// Prints `text`, escaped already, or `event`, whichever form is asked for.
+  void report(std::string_view text, const Json& event);
+
+  /// Prints `event` with JSON and nothing otherwise.
+  void reportJson(const Json& event);
+
+  /// Prints `text` without JSON and nothing otherwise.
+  void reportText(std::string_view text);
+
+  /// Draws the live line anew, cut at the terminal's width; nothing when lines are not live.
+  void showLive(std::string_view text);
+
+  /// Prints one line on stderr, with JSON too. The live line is cleared first.
+  void complain(std::string_view text);
+
+ private:
+  void clearLive();
+  void write(std::string_view text);
+
+  bool json_;
+  bool live_;
+  bool drawn_ = false;
+  bool gone_ = false;
+};
+
+/// A bar of hash marks and the number behind it, such as "[#####---------------]  25 %". `percent` is cut to
+/// 0..100.
+std::string progressBar(int percent);
+
+}  // namespace zor::cli

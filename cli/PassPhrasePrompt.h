@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "cli/Interrupt.h"
+
+namespace zor::cli {
+
+/// Asks for the pass phrase of the network `ssid` on the terminal, which does not show what is typed. Blocks
+/// until a line is there. Throws `WrongUse` when stdin is no terminal or ends, `RunFailure` on an interrupt.
+std::string askPassPhrase(std::string_view ssid, const Interrupt& interrupt);
+
+}  // namespace zor::cli

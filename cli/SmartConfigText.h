@@ -1,0 +1,11 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace zor::cli {
+
+/// What the negative smart configuration status means and what to try, in one line.
+std::string explainSmartConfig(std::int32_t status);
+
+}  // namespace zor::cli

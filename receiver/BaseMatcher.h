@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+
+#include "receiver/PacketEvidence.h"
+
+namespace zor::receiver {
+
+/// Finds the length base of a sender's broadcasts without its sync frames, from bytes that its multicast
+/// frames have told: the lengths of a value frame and of the position frame right behind it are put where the
+/// bytes agree. A base is believed when enough bytes agree, none disagrees, and no other base comes near.
+class BaseMatcher {
+ public:
+  /// Takes two frames heard in direct succession. Only a value frame is longer than the frame behind it.
+  void addPair(int length, int nextLength);
+
+  /// \param likely the base to expect, if there is one: fewer bytes suffice to confirm it.
+  std::optional<int> match(const ToldBytes& told, std::optional<int> likely) const;
+
+  void reset() { count_ = 0; }
+
+ private:
+  struct Pair {
+    int value;
+    int position;
+  };
+
+  static constexpr std::size_t kMostPairs = 64;
+
+  int agreement(int base, const ToldBytes& told) const;
+
+  std::array<Pair, kMostPairs> pairs_{};
+  std::size_t count_ = 0;
+};
+
+}  // namespace zor::receiver

@@ -1,0 +1,144 @@
+#include "receiver/CycleClock.h"
+
+#include <cstdlib>
+
+namespace zor::receiver {
+namespace {
+
+// Below this, send times cannot be told from the jitter of the sender and of the air.
+constexpr std::int64_t kShortestPace = 3'000;
+constexpr std::int64_t kLongestPace = 10'000'000;
+
+// A default pace is believed as much as one that was measured over this many indices.
+constexpr int kDefaultPaceSpan = 8;
+
+// Cycles may be lost whole, but a silence longer than this many proves nothing.
+constexpr std::int64_t kMostCyclesApart = 64;
+
+}  // namespace
+
+CycleClock::CycleClock(std::int64_t defaultPace) : pace_(defaultPace), paceSpan_(kDefaultPaceSpan) {}
+
+void CycleClock::restart() {
+  started_ = false;
+  streak_ = 0;
+  period_ = 0;
+  periodConfirmed_ = false;
+  challenger_.reset();
+  measuredPace_ = 0;
+}
+
+CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
+  const bool paceRepeats = measurePace(index, time);
+  if (!started_) {
+    started_ = true;
+    streak_ = 1;
+    beginCycle(index, time);
+    return Fit::kStarted;
+  }
+  const std::int64_t residual = time - timeOf(index);
+  if (index >= referenceIndex_ && std::abs(residual) <= tolerance()) {
+    follow(index, time, residual);
+    return Fit::kOnGrid;
+  }
+  if (period_ != 0 && isMultiple(residual, period_)) {
+    periodConfirmed_ = true;
+    ++streak_;
+    beginCycle(index, time);
+    return Fit::kNextCycle;
+  }
+  if (paceRepeats && adoptPace(index, time)) return Fit::kOnGrid;
+  if (challenger_ &&
+      std::abs(time - challenger_->time - (index - challenger_->index) * pace_) <= tolerance()) {
+    if (index > challenger_->index) return adoptChallenger(index, time);
+    if (index == challenger_->index) return Fit::kOutlier;  // the same frame heard twice
+  }
+  if (!challenger_) {
+    challenger_ = Challenger{index, time, residual};
+    return Fit::kOutlier;
+  }
+  streak_ = 1;
+  period_ = 0;
+  periodConfirmed_ = false;
+  beginCycle(index, time);
+  return Fit::kBroken;
+}
+
+std::optional<int> CycleClock::indexAt(std::int64_t time) const {
+  const std::int64_t distance = time - referenceTime_;
+  if (std::abs(distance) > kLongestPace * kMostCyclesApart) return std::nullopt;
+  const std::int64_t half = distance < 0 ? -pace_ / 2 : pace_ / 2;
+  const std::int64_t steps = (distance + half) / pace_;
+  if (std::abs(distance - steps * pace_) > tolerance()) return std::nullopt;
+  return static_cast<int>(referenceIndex_ + steps);
+}
+
+bool CycleClock::explainedBy(std::int64_t period) const {
+  if (period_ != 0 && !periodConfirmed_ && !isMultiple(period_, period)) return false;
+  return !challenger_ || isMultiple(challenger_->shift, period);
+}
+
+bool CycleClock::isMultiple(std::int64_t shift, std::int64_t period) const {
+  if (period <= 0 || shift < period / 2) return false;
+  const std::int64_t count = (shift + period / 2) / period;
+  return count <= kMostCyclesApart && std::abs(shift - count * period) <= tolerance() / 2;
+}
+
+void CycleClock::beginCycle(int index, std::int64_t time) {
+  referenceIndex_ = cycleFirstIndex_ = index;
+  referenceTime_ = cycleFirstTime_ = time;
+  challenger_.reset();
+}
+
+void CycleClock::follow(int index, std::int64_t time, std::int64_t residual) {
+  // Frames that do not fit, between frames that do, are the mark of a buffer that releases in bursts.
+  streak_ = challenger_ ? 1 : streak_ + 1;
+  challenger_.reset();
+  const int span = index - cycleFirstIndex_;
+  if (span > paceSpan_) {
+    pace_ = (time - cycleFirstTime_) / span;
+    paceSpan_ = span;
+  }
+  referenceIndex_ = index;
+  referenceTime_ = time - residual * 3 / 4;  // a late frame moves the grid only a little
+}
+
+CycleClock::Fit CycleClock::adoptChallenger(int index, std::int64_t time) {
+  const Challenger first = *challenger_;
+  beginCycle(first.index, first.time);
+  follow(index, time, 0);
+  const std::int64_t previousPeriod = period_;
+  periodConfirmed_ = previousPeriod != 0 && isMultiple(previousPeriod, first.shift);
+  period_ = first.shift > 0 ? first.shift : 0;
+  if (periodConfirmed_) return Fit::kNextCycle;
+  if (previousPeriod == 0 && period_ != 0) return Fit::kNewCycle;
+  streak_ = 2;
+  return Fit::kBroken;
+}
+
+bool CycleClock::measurePace(int index, std::int64_t time) {
+  const int steps = index - previousIndex_;
+  const std::int64_t elapsed = time - previousTime_;
+  previousIndex_ = index;
+  previousTime_ = time;
+  if (!started_ || steps <= 0) return false;
+  const std::int64_t measured = elapsed / steps;
+  const bool repeats = std::abs(measured - measuredPace_) <= measured / 8;
+  measuredPace_ = measured;
+  return repeats && measured >= kShortestPace && measured <= kLongestPace;
+}
+
+bool CycleClock::adoptPace(int index, std::int64_t time) {
+  const int span = index - cycleFirstIndex_;
+  if (span < 2 || std::abs(time - cycleFirstTime_ - span * measuredPace_) > measuredPace_ * 2 / 5)
+    return false;
+  pace_ = (time - cycleFirstTime_) / span;
+  paceSpan_ = span;
+  streak_ = 2;
+  challenger_.reset();
+  referenceIndex_ = index;
+  referenceTime_ = time;
+  return true;
+}
+
+}  // namespace zor::receiver

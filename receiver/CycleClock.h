@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace zor::receiver {
+
+/// Follows the timetable of one channel of one sender.
+///
+/// A cycle sends its numbered frames at an even pace, each index one pace after the index before it, and
+/// cycles follow each other with a constant period. The clock is told the index and the time of the frames
+/// that were heard and says whether they continue the timetable. That is how a receiver knows which index a
+/// frame without a number has, and that no other run has taken the place of the one it was listening to.
+///
+/// Times and paces are in microseconds. Any sequence of indices and times is safe.
+class CycleClock {
+ public:
+  enum class Fit {
+    kStarted,    ///< First frame: nothing to compare with.
+    kOnGrid,     ///< Where the current cycle puts it.
+    kNextCycle,  ///< In a later cycle, where the known period puts it.
+    kNewCycle,   ///< Second frame of a cycle whose distance from the last one cannot be judged yet.
+    kBroken,     ///< Second frame of a cycle that the timetable does not explain.
+    kOutlier     ///< Off the grid; what it means will show with the next frame.
+  };
+
+  /// \param defaultPace pace that senders use unless told otherwise.
+  explicit CycleClock(std::int64_t defaultPace);
+
+  /// Takes the next numbered frame.
+  Fit observe(int index, std::int64_t time);
+
+  /// Index whose time is nearest, unless the time is too far off the grid to tell.
+  std::optional<int> indexAt(std::int64_t time) const;
+
+  /// True when enough frames in a row fitted for indexAt() to be relied on.
+  bool steady() const { return streak_ >= kSteadyStreak; }
+
+  /// Times have turned out to mean nothing: takes a new row of fitting frames to be steady() again.
+  void distrust() { streak_ = 0; }
+
+  /// True when the last frame was an outlier.
+  bool hasOutlier() const { return challenger_.has_value(); }
+
+  /// True when cycles that could not be judged as they came (Fit::kNewCycle, Fit::kOutlier) lie a whole
+  /// number of the given periods apart.
+  bool explainedBy(std::int64_t period) const;
+
+  /// Time of the first frame of the cycle that observe() last reported as new or broken.
+  std::int64_t cycleBegin() const { return cycleFirstTime_; }
+
+  std::int64_t pace() const { return pace_; }
+
+  /// Forgets the current cycle and the period, keeps the pace.
+  void restart();
+
+ private:
+  struct Challenger {
+    int index;
+    std::int64_t time;
+    std::int64_t shift;  // distance from the cycle in force
+  };
+
+  static constexpr int kSteadyStreak = 3;
+
+  std::int64_t tolerance() const { return pace_ * 2 / 5; }
+  std::int64_t timeOf(int index) const { return referenceTime_ + (index - referenceIndex_) * pace_; }
+  bool isMultiple(std::int64_t shift, std::int64_t period) const;
+  void beginCycle(int index, std::int64_t time);
+  void follow(int index, std::int64_t time, std::int64_t residual);
+  Fit adoptChallenger(int index, std::int64_t time);
+  bool measurePace(int index, std::int64_t time);
+  bool adoptPace(int index, std::int64_t time);
+
+  std::int64_t pace_;
+  int paceSpan_;  // indices over which the pace was measured
+  bool started_ = false;
+  int streak_ = 0;
+  int referenceIndex_ = 0;
+  std::int64_t referenceTime_ = 0;
+  int cycleFirstIndex_ = 0;
+  std::int64_t cycleFirstTime_ = 0;
+  std::int64_t period_ = 0;
+  bool periodConfirmed_ = false;
+  std::optional<Challenger> challenger_;
+  std::int64_t measuredPace_ = 0;
+  int previousIndex_ = 0;
+  std::int64_t previousTime_ = 0;
+};
+
+}  // namespace zor::receiver

@@ -1,0 +1,181 @@
+#include "receiver/PacketEvidence.h"
+
+#include <algorithm>
+
+namespace zor::receiver {
+namespace {
+
+// Sightings closer together may be copies of one frame: power-save buffers hold frames for up to 300 ms.
+constexpr std::int64_t kSeparateSightings = 400'000;
+
+// The channels of one run begin together; at 99 of 100 frames lost this is still exceeded rarely.
+constexpr std::int64_t kChannelsBeginWithin = 1'000'000;
+
+// Bytes from lengths are wrong now and then, but not so many in a row.
+constexpr int kContradictionsOfAnotherRun = 3;
+
+constexpr std::uint8_t kSightingsToTrust = 2;
+
+// A repeated value frame that comes too late looks like the next byte's, time after time.
+constexpr std::uint8_t kSightingsInDisorder = 5;
+
+}  // namespace
+
+PacketEvidence::PacketEvidence(Encoding encoding) : encoding_(encoding) {}
+
+bool PacketEvidence::takeRestart() {
+  const bool restarted = restarted_;
+  restarted_ = false;
+  return restarted;
+}
+
+void PacketEvidence::add(int index, std::uint8_t value, Source source, std::int64_t time) {
+  if (index < 0 || index >= wire::kMaxPacketBytes) return;
+  if (!known(index)) {
+    learn(index, value, source, time);
+  } else if (byte(index) == value) {
+    confirm(index, source, time);
+  } else {
+    contradict(index, value, source, time);
+  }
+}
+
+void PacketEvidence::learn(int index, std::uint8_t value, Source source, std::int64_t time) {
+  const auto slot = static_cast<std::size_t>(index);
+  begin_ = knownCount_ == 0 ? time : std::min(begin_, time);
+  if (!cells_[slot].known) ++knownCount_;
+  ++changes_;
+  bytes_[slot] = value;
+  cells_[slot] = Cell{true, false, source, 1, time, time, time};
+  if (source == Source::kGroup) highestPair_ = std::max(highestPair_, index / 2);
+}
+
+void PacketEvidence::confirm(int index, Source source, std::int64_t time) {
+  Cell& cell = cells_[static_cast<std::size_t>(index)];
+  const auto agreement = agreementOf(index);
+  if (time - cell.lastSighting >= kSeparateSightings || source != cell.source) {
+    if (cell.sightings < kSightingsInDisorder) ++cell.sightings;
+    cell.lastSighting = time;
+  }
+  cell.lastSeen = std::max(cell.lastSeen, time);
+  cell.disputed = false;
+  if (source == Source::kGroup) {
+    cell.source = source;
+    highestPair_ = std::max(highestPair_, index / 2);
+  }
+  if (agreement != RunContinuity::Agreement::kNothing) contradictions_ = 0;
+  continuity_.noteAgreement(cell.firstSeen, time, agreement);
+}
+
+void PacketEvidence::contradict(int index, std::uint8_t value, Source source, std::int64_t time) {
+  const int length = packetLength();
+  if (length != 0 && index >= length) return;  // padding carries no meaning
+  Cell& cell = cells_[static_cast<std::size_t>(index)];
+  const bool certain = source == Source::kGroup && cell.source == Source::kGroup;
+  if (certain || ++contradictions_ >= kContradictionsOfAnotherRun) {
+    beginAnotherRun();
+    learn(index, value, source, time);
+    return;
+  }
+  strayFrames_ = true;
+  cell.disputed = true;
+  if (source == Source::kLength && cell.source == Source::kGroup) return;
+  if (source == Source::kLength && cell.sightings >= kSightingsToTrust) {
+    --cell.sightings;
+    return;
+  }
+  continuity_.noteBreak(time, RunContinuity::Break::kContradiction);
+  learn(index, value, source, time);
+}
+
+void PacketEvidence::beginAnotherRun() {
+  const unsigned changes = changes_;
+  *this = PacketEvidence(encoding_);
+  changes_ = changes + 1;
+  restarted_ = true;
+}
+
+void PacketEvidence::noteChannelBegin(std::int64_t time) {
+  if (knownCount_ == 0 || time - begin_ <= kChannelsBeginWithin) return;
+  continuity_.noteBreak(time, RunContinuity::Break::kUnexplained);
+}
+
+void PacketEvidence::dropLengthBytes() {
+  for (Cell& cell : cells_) {
+    if (!cell.known || cell.source == Source::kGroup) continue;
+    cell = Cell();
+    --knownCount_;
+    ++changes_;
+  }
+  highestPosition_ = -1;
+  strayFrames_ = false;
+  disorder_ = false;
+}
+
+void PacketEvidence::notePosition(int index) {
+  highestPosition_ = std::max(highestPosition_, index);
+}
+
+bool PacketEvidence::reaches(int length) const {
+  return highestPair_ == (length - 1) / 2 || highestPosition_ == length - 1;
+}
+
+bool PacketEvidence::exceeds(int length) const {
+  return highestPair_ > (length - 1) / 2 || highestPosition_ > length - 1;
+}
+
+std::optional<std::uint8_t> PacketEvidence::byteFor(Encoding encoding, int index) const {
+  const int own = index - commonBegin(encoding) + commonBegin(encoding_);
+  if (encoding != encoding_) {
+    const auto header = fields();
+    const bool common = header && index >= commonBegin(encoding) &&
+                        own < headerLength(encoding_) + header->ssidLength + header->passPhraseLength;
+    if (!common) return std::nullopt;
+  }
+  if (own >= wire::kMaxPacketBytes || !known(own)) return std::nullopt;
+  return byte(own);
+}
+
+std::optional<PacketFields> PacketEvidence::fields() const {
+  for (int index = 0; index < headerLength(encoding_); ++index) {
+    if (!known(index)) return std::nullopt;
+  }
+  return readHeader(encoding_, bytes_);
+}
+
+int PacketEvidence::packetLength() const {
+  const auto header = fields();
+  return header ? header->packetLength : 0;
+}
+
+bool PacketEvidence::firm(int index, RunContinuity::Timetable timetable) const {
+  const Cell& cell = cells_[static_cast<std::size_t>(index)];
+  if (!cell.known || cell.disputed) return false;
+  const bool current = continuity_.current(cell.lastSeen, timetable);
+  if (!current && !continuity_.timeless()) return false;
+  const bool fromLength = cell.source == Source::kLength;
+  const bool doubtful = !current || (strayFrames_ && fromLength);
+  const int needed = disorder_ && fromLength ? kSightingsInDisorder : doubtful ? kSightingsToTrust : 1;
+  return cell.sightings >= needed;
+}
+
+RunContinuity::Agreement PacketEvidence::agreementOf(int index) const {
+  // Equal lengths are no sign of equal credentials.
+  const int crc = encoding_ == Encoding::kVersion5 ? wire::kVersion5Crc : wire::kVersion3Crc;
+  if (index == crc) return RunContinuity::Agreement::kCrc;
+  const auto header = fields();
+  const bool tells = header && tellsRunsApart(*header, index - headerLength(encoding_));
+  return tells ? RunContinuity::Agreement::kText : RunContinuity::Agreement::kNothing;
+}
+
+ToldBytes bytesTold(Encoding encoding, const PacketEvidence& own, const PacketEvidence& other) {
+  ToldBytes told;
+  for (int index = 0; index < wire::kMaxPacketBytes; ++index) {
+    auto& byte = told[static_cast<std::size_t>(index)];
+    byte = own.byteFor(encoding, index);
+    if (!byte) byte = other.byteFor(encoding, index);
+  }
+  return told;
+}
+
+}  // namespace zor::receiver

@@ -1,0 +1,82 @@
+#include "receiver/PacketView.h"
+
+#include <array>
+#include <cstdint>
+
+namespace zor::receiver {
+namespace {
+
+// Text bytes that both encodings must have told alike.
+constexpr int kBytesToLink = 3;
+
+Encoding otherOf(Encoding encoding) {
+  return encoding == Encoding::kVersion5 ? Encoding::kVersion3 : Encoding::kVersion5;
+}
+
+}  // namespace
+
+PacketView::PacketView(Encoding encoding, const PacketEvidence& own, const PacketEvidence& other)
+    : encoding_(encoding), own_(&own), other_(&other) {
+  std::array<std::uint8_t, wire::kVersion5Payload> header{};
+  bool borrowed = false;
+  for (int index = 0; index < headerLength(encoding_); ++index) {
+    const auto slot = static_cast<std::size_t>(index);
+    if (own_->known(index)) {
+      header[slot] = own_->byte(index);
+    } else if (index >= commonBegin(encoding_) && other_->known(otherIndex(index))) {
+      header[slot] = other_->byte(otherIndex(index));
+      borrowed = true;
+    } else {
+      return;
+    }
+  }
+  fields_ = readHeader(encoding_, header);
+  linked_ = fields_ && linked();
+  if (borrowed && !linked_) fields_.reset();
+}
+
+int PacketView::otherIndex(int index) const {
+  return index - commonBegin(encoding_) + commonBegin(otherOf(encoding_));
+}
+
+bool PacketView::commonToBoth(int index) const {
+  return index >= commonBegin(encoding_) &&
+         index < headerLength(encoding_) + fields_->ssidLength + fields_->passPhraseLength;
+}
+
+bool PacketView::linked() const {
+  int agreed = 0;
+  for (int index = commonBegin(encoding_); commonToBoth(index); ++index) {
+    if (!own_->known(index) || !other_->known(otherIndex(index))) continue;
+    if (own_->byte(index) != other_->byte(otherIndex(index))) return false;
+    if (tellsRunsApart(*fields_, index - headerLength(encoding_))) ++agreed;
+  }
+  return agreed >= kBytesToLink;
+}
+
+bool PacketView::reaches() const {
+  if (own_->reaches(fields_->packetLength)) return true;
+  // The other packet ends with the pass phrase too when there is nothing to append.
+  if (!linked_ || fields_->appendLength != 0) return false;
+  return other_->reaches(other_->packetLength());
+}
+
+std::optional<Credentials> PacketView::read(RunContinuity::Timetable own,
+                                            RunContinuity::Timetable other) const {
+  if (!fields_ || !reaches()) return std::nullopt;
+  std::array<std::uint8_t, wire::kMaxPacketBytes> packet{};
+  for (int index = 0; index < fields_->packetLength; ++index) {
+    const auto slot = static_cast<std::size_t>(index);
+    if (own_->firm(index, own)) {
+      packet[slot] = own_->byte(index);
+    } else if (linked_ && commonToBoth(index) && other_->firm(otherIndex(index), other)) {
+      packet[slot] = other_->byte(otherIndex(index));
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (!crcHolds(encoding_, *fields_, packet)) return std::nullopt;
+  return readCredentials(encoding_, *fields_, packet);
+}
+
+}  // namespace zor::receiver

@@ -1,0 +1,30 @@
+#include "receiver/RunContinuity.h"
+
+#include <algorithm>
+
+namespace zor::receiver {
+
+void RunContinuity::noteBreak(std::int64_t time, Break kind) {
+  earliest_ = open_ ? std::min(earliest_, time) : time;
+  latest_ = open_ ? std::max(latest_, time) : time;
+  open_ = true;
+  provisional_ = provisional_ && kind == Break::kProvisional;
+  textAgrees_ = false;
+  crcAgrees_ = false;
+  if (kind == Break::kUnexplained) ++unexplainedCount_;
+}
+
+void RunContinuity::noteAgreement(std::int64_t firstSeen, std::int64_t time, Agreement agreement) {
+  if (!open_ || firstSeen >= earliest_ || time < latest_) return;
+  textAgrees_ = textAgrees_ || agreement == Agreement::kText;
+  crcAgrees_ = crcAgrees_ || agreement == Agreement::kCrc;
+  if (textAgrees_ && crcAgrees_) reset();
+}
+
+bool RunContinuity::current(std::int64_t lastSeen, Timetable timetable) const {
+  if (timetable == Timetable::kInterrupted) return false;
+  const bool explained = provisional_ && timetable == Timetable::kExplained;
+  return !open_ || explained || lastSeen >= latest_;
+}
+
+}  // namespace zor::receiver

@@ -1,0 +1,288 @@
+#include "receiver/VirtualModule.h"
+
+#include <dirent.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <thread>
+#include <vector>
+
+#include "tests/support/HttpServer.h"
+#include "tests/support/Phone.h"
+#include "tests/support/RunningModule.h"
+
+namespace zor::receiver {
+namespace {
+
+using namespace std::literals;
+using Kind = ModuleEvent::Kind;
+using Clock = std::chrono::steady_clock;
+
+constexpr char kInfo[] = "xcmd_req:7:cmd=info,\r\n";
+constexpr char kStatus[] = "xcmd_req:321:cmd=upgradestatus\r\n";
+constexpr char kPairs[] = "mac=02:00:00:00:00:02,ver=1.0.0,cap=0x1,name=virtual\r\n";
+
+/// SSID "abc", pass phrase "pass", append 01 B3 61: notifications to port 25011.
+const std::vector<int> kPacket = {0x13, 0x4C, 3, 4, 'a', 'b', 'c', 'p', 'a', 's', 's', 0x01, 0xB3, 0x61};
+
+void sendMulticastCycle(Phone& phone) {
+  phone.send(std::string(30, '\0'), 6001, "239.122.111.114");
+  for (std::size_t i = 0; i < kPacket.size(); i += 2) {
+    const std::string group = (i / 2 % 2 == 0 ? "239.111." : "239.114.") + std::to_string(kPacket[i]) + "." +
+                              std::to_string(kPacket[i + 1]);
+    std::this_thread::sleep_for(2ms);
+    phone.send(std::string(30 + i / 2, '\0'), 6001, group.c_str());
+  }
+}
+
+void sendBroadcastCycle(Phone& phone) {
+  std::vector<int> lengths = {30, 388, 31};
+  for (std::size_t i = 0; i < kPacket.size(); ++i) {
+    lengths.push_back(132 + kPacket[i]);
+    lengths.push_back(static_cast<int>(32 + i));
+  }
+  for (const int length : lengths) {
+    phone.send(std::string(static_cast<std::size_t>(length), '\0'), 6001, "255.255.255.255");
+    std::this_thread::sleep_for(2ms);
+  }
+}
+
+std::optional<ModuleEvent> provision(RunningModule& module, void (*sendCycle)(Phone&), Kind outcome) {
+  Phone phone;
+  for (int i = 0; i < 40; ++i) {
+    sendCycle(phone);
+    if (auto event = module.waitFor(outcome, 20ms)) return event;
+  }
+  return std::nullopt;
+}
+
+class Provisioning : public testing::TestWithParam<void (*)(Phone&)> {};
+
+TEST_P(Provisioning, FramesMakeTheModuleJoinAndAnnounceItself) {
+  Phone listener{25011};
+  RunningModule module(optionsOf(false));
+  const auto decoded = provision(module, GetParam(), Kind::decoded);
+  ASSERT_TRUE(decoded);
+  const MacAddress sender = {0x02, 0, 0, 0, 0, 0x01};
+  EXPECT_EQ(*decoded->credentials,
+            (Credentials{"abc", "pass", {0x01, 0xB3, 0x61}, Encoding::kVersion5, sender}));
+  EXPECT_EQ(module.waitFor(Kind::announced)->port, 25011);
+  ASSERT_TRUE(module.waitFor(Kind::frames));
+
+  for (int i = 1; i <= 5; ++i) {
+    EXPECT_EQ(listener.receive().text, "xcmd_notify:" + std::to_string(i) + ":" + kPairs);
+    // The next comes 200 ms later, and after the fifth none.
+    EXPECT_EQ(listener.receive(100).text, "");
+  }
+  EXPECT_EQ(listener.receive(400).text, "");
+
+  Phone phone;
+  phone.send("xcmd_req:4:cmd=info,\r\n", 25000, "255.255.255.255");
+  const Phone::Line answer = phone.receive();
+  EXPECT_EQ(answer.text, "xcmd_rsp:4:"s + kPairs);
+  EXPECT_EQ(answer.port, 25000);
+  EXPECT_EQ(module.stop(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Channels, Provisioning, testing::Values(&sendMulticastCycle, &sendBroadcastCycle),
+                         [](const auto& channel) { return channel.index == 0 ? "Multicast" : "Broadcast"; });
+
+TEST(VirtualModule, StaysOutsideOfOtherNetworks) {
+  VirtualModuleOptions options = optionsOf(false);
+  options.acceptedSsid = "abc";
+  options.acceptedPassPhrase = "another";
+  RunningModule module(options);
+  ASSERT_TRUE(provision(module, &sendMulticastCycle, Kind::refused));
+  EXPECT_FALSE(RunningModule::isOnline(300ms));
+}
+
+TEST(VirtualModule, SaysWhyItCannotLive) {
+  VirtualModuleOptions missing = optionsOf(false);
+  missing.interface = "none0";
+  EXPECT_EQ(RunningModule(missing).join(), "there is no interface none0");
+  VirtualModuleOptions hostile = optionsOf(true);
+  hostile.version = "1\r\nxcmd_notify:";
+  EXPECT_EQ(RunningModule(hostile).join(), "the version holds a comma or something unprintable");
+  const Phone taken{25000};
+  EXPECT_EQ(RunningModule(optionsOf(true)).join(), "cannot open UDP port 25000: Address already in use");
+}
+
+class Upgrade : public testing::Test {
+ protected:
+  Upgrade() { mkdtemp(directory_); }
+  ~Upgrade() override {
+    std::remove(path().c_str());
+    rmdir(directory_);
+  }
+
+  std::string path() const { return directory_ + "/firmware.bin"s; }
+  std::size_t filesLeft() const {
+    std::size_t count = 0;
+    DIR* const directory = opendir(directory_);
+    while (const dirent* entry = readdir(directory)) count += entry->d_name[0] != '.';
+    closedir(directory);
+    return count;
+  }
+
+  VirtualModuleOptions options() const {
+    VirtualModuleOptions result = optionsOf(true);
+    result.downloadPath = path();
+    return result;
+  }
+
+  Phone phone_;
+
+ private:
+  char directory_[32] = "/tmp/VirtualModule.XXXXXX";
+};
+
+std::string command(const HttpServer& server) {
+  return "xcmd_req:123:cmd=upgrade,host=127.0.0.1,port=" + server.port() + ",file=/fw/app.bin\r\n";
+}
+
+TEST_F(Upgrade, FetchesTheFileOctetForOctet) {
+  std::string firmware(3'000'000, '\0');
+  for (std::size_t i = 0; i < firmware.size(); ++i) firmware[i] = static_cast<char>(i * 31 + i / 255);
+  const HttpServer server("HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n\r\n" + firmware);
+  RunningModule module(options());
+  ASSERT_TRUE(RunningModule::isOnline());
+  // A phone that misses the answer repeats the command.
+  for (int i = 0; i < 3; ++i) {
+    phone_.send(command(server));
+    EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
+  }
+  ASSERT_TRUE(module.waitFor(Kind::downloadDone));
+  phone_.send(command(server));
+  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
+  phone_.send(kStatus);
+  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:321:status=100\r\n");
+  EXPECT_EQ(server.connections(), 1);
+
+  std::ifstream file(path(), std::ios::binary);
+  EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(file), {}) == firmware);
+  EXPECT_EQ(filesLeft(), 1U);
+  EXPECT_EQ(module.waitFor(Kind::upgradeRequest)->text, "http://127.0.0.1:" + server.port() + "/fw/app.bin");
+}
+
+TEST_F(Upgrade, KeepsNothingOfWhatIsNotAWholeFile) {
+  const struct {
+    const char *response, *failure;
+  } kCases[] = {
+      {"HTTP/1.1 302 Found\r\nLocation: /other\r\nContent-Length: 2\r\n\r\nno",
+       "the server answered with status 302"},
+      {"HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n", "the server answered with status 404"},
+      {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nshort", "Transferred a partial file"},
+      {"HTTP/1.1 200 OK\r\n\r\nendless", "the server does not say how long the file is"},
+      {"HTTP/1.1 200 OK\r\nContent-Length: 4\r\nTransfer-Encoding: chunked\r\n\r\n9\r\nmore of "
+       "it\r\n0\r\n\r\n",
+       "the server does not say how long the file is"},
+      {"HTTP/1.1 200 OK\r\nContent-Length: 67108865\r\n\r\nbig", "the file is longer than 67108864 octets"},
+      {"\x1b]0;hostile\a\r\n\r\n", "Unsupported protocol"},
+  };
+  for (const auto& [response, failure] : kCases) {
+    const HttpServer server(response);
+    RunningModule module(options());
+    ASSERT_TRUE(RunningModule::isOnline());
+    phone_.send(command(server));
+    EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
+    const auto failed = module.waitFor(Kind::downloadFailed);
+    ASSERT_TRUE(failed) << response;
+    EXPECT_EQ(failed->text, failure);
+    phone_.send(kStatus);
+    EXPECT_EQ(phone_.receive().text, "xcmd_rsp:321:status=-6\r\n");
+    EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=-6\r\n");
+    module.stop();
+    EXPECT_EQ(filesLeft(), 0U) << response;
+  }
+}
+
+VirtualModule* interrupted = nullptr;
+
+TEST_F(Upgrade, IsGivenUpWhenASignalStopsTheModule) {
+  const HttpServer server("");
+  RunningModule module(options());
+  ASSERT_TRUE(RunningModule::isOnline());
+  phone_.send(command(server));
+  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
+  phone_.send("xcmd_req:123:cmd=upgrade,host=127.0.0.1,port=1,file=/other\r\n");
+  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=-5\r\n");
+  while (server.connections() == 0) std::this_thread::sleep_for(1ms);
+
+  interrupted = &module.module();
+  std::signal(SIGUSR1, [](int) { interrupted->stop(); });
+  const Clock::time_point start = Clock::now();
+  std::raise(SIGUSR1);
+  EXPECT_EQ(module.join(), "");
+  EXPECT_LT(Clock::now() - start, 500ms);
+  EXPECT_EQ(filesLeft(), 0U);
+}
+
+TEST_F(Upgrade, CanBeAnsweredAfterItsStatus) {
+  const HttpServer server("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+  VirtualModuleOptions late = options();
+  late.misbehaviour = Misbehaviour::lateCommandAnswer;
+  RunningModule module(late);
+  ASSERT_TRUE(RunningModule::isOnline());
+  phone_.send(command(server));
+  EXPECT_TRUE(phone_.receive().text.starts_with("xcmd_rsp:321:status="));
+  ASSERT_TRUE(module.waitFor(Kind::downloadDone));
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(phone_.receive(20).text, "");
+    phone_.send(kStatus);
+    EXPECT_EQ(phone_.receive().text, "xcmd_rsp:321:status=50\r\n");
+  }
+  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
+  phone_.send(kStatus);
+  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:321:status=100\r\n");
+}
+
+struct MisbehaviourCase {
+  Misbehaviour misbehaviour;
+  std::vector<std::string> requests, answers;
+  std::chrono::milliseconds delay = 0ms;
+};
+
+/// Everything that comes until a quarter of a second of silence; octets that are no line count as "garbage".
+std::vector<std::string> answersTo(const MisbehaviourCase& wanted, Phone& phone, std::vector<int>& ports) {
+  std::vector<std::string> answers;
+  for (const std::string& request : wanted.requests) {
+    phone.send(request);
+    for (Phone::Line line;
+         !(line = phone.receive(static_cast<int>(wanted.delay.count()) + 250)).text.empty();) {
+      const bool isLine = line.text.ends_with("\r\n") && line.text.find(':') == 8;
+      answers.push_back(isLine ? line.text.substr(0, line.text.size() - 2) : "garbage");
+      ports.push_back(line.port);
+    }
+  }
+  return answers;
+}
+
+TEST(VirtualModule, MisbehavesAsItIsTold) {
+  const std::string info = "xcmd_rsp:7:mac=02:00:00:00:00:02,ver=1.0.0,cap=0x1,name=virtual";
+  const MisbehaviourCase kCases[] = {
+      {Misbehaviour::silent, {kInfo, kStatus}, {}},
+      {Misbehaviour::slowAnswers, {kInfo}, {info}, 2000ms},
+      {Misbehaviour::otherPort, {kInfo}, {info}},
+      {Misbehaviour::negativeStatus, {kStatus}, {"xcmd_rsp:321:status=-3"}},
+      {Misbehaviour::garbageLines, {kInfo}, {"garbage", info, "garbage"}},
+      {Misbehaviour::capitals, {kInfo}, {"XCMD_RSP" + info.substr(8)}},
+  };
+  for (const MisbehaviourCase& wanted : kCases) {
+    SCOPED_TRACE(static_cast<int>(wanted.misbehaviour));
+    RunningModule module(optionsOf(true, wanted.misbehaviour));
+    ASSERT_TRUE(RunningModule::isOnline());
+    Phone phone;
+    std::vector<int> ports;
+    const Clock::time_point start = Clock::now();
+    EXPECT_EQ(answersTo(wanted, phone, ports), wanted.answers);
+    EXPECT_GE(Clock::now() - start, wanted.delay);
+    for (const int port : ports) EXPECT_EQ(port != 25000, wanted.misbehaviour == Misbehaviour::otherPort);
+  }
+}
+
+}  // namespace
+}  // namespace zor::receiver

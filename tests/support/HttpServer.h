@@ -1,0 +1,66 @@
+#pragma once
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <thread>
+
+/// Answers every HTTP request on the loopback with the same octets, then closes the connection; without
+/// octets it keeps the client waiting until its own end.
+class HttpServer {
+ public:
+  explicit HttpServer(std::string response) : response_(std::move(response)) {
+    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    // Without a listener every connection is refused, which no test takes for success.
+    static_cast<void>(bind(listener_, reinterpret_cast<sockaddr*>(&address), size));
+    static_cast<void>(listen(listener_, 4));
+    getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
+    port_ = ntohs(address.sin_port);
+    thread_ = std::thread([this] { serve(); });
+  }
+  ~HttpServer() {
+    shutdown(listener_, SHUT_RDWR);
+    if (const int client = client_; client >= 0) shutdown(client, SHUT_RDWR);
+    thread_.join();
+    close(listener_);
+  }
+
+  std::string port() const { return std::to_string(port_); }
+  int connections() const { return connections_; }
+
+ private:
+  void serve() {
+    for (int client; (client = accept(listener_, nullptr, nullptr)) >= 0;) {
+      client_ = client;
+      ++connections_;
+      std::string request;
+      char octets[512];
+      for (ssize_t count; request.find("\r\n\r\n") == std::string::npos || response_.empty();) {
+        if ((count = read(client, octets, sizeof octets)) <= 0) break;
+        request.append(octets, static_cast<std::size_t>(count));
+      }
+      for (std::size_t sent = 0; sent < response_.size();) {
+        const ssize_t count = send(client, response_.data() + sent, response_.size() - sent, MSG_NOSIGNAL);
+        if (count <= 0) break;
+        sent += static_cast<std::size_t>(count);
+      }
+      client_ = -1;
+      close(client);
+    }
+  }
+
+  const std::string response_;
+  int listener_ = -1;
+  std::uint16_t port_ = 0;
+  std::atomic<int> client_{-1};
+  std::atomic<int> connections_{0};
+  std::thread thread_;
+};
