@@ -15,6 +15,9 @@ using Kind = ModuleEvent::Kind;
 constexpr milliseconds kFramesReportInterval{100};
 constexpr milliseconds kNotificationInterval{200};
 constexpr int kNotifications = 5;
+/// Nobody pauses for so long within a run: what comes then is another run, news even if its credentials are
+/// not.
+constexpr std::int64_t kRunOverMicroseconds = 3'000'000;
 constexpr std::uint16_t kDefaultNotificationPort = 25010;
 constexpr std::uint8_t kPortRecord = 1;
 
@@ -95,6 +98,8 @@ std::string ModuleLife::hearFrames() {
 
 void ModuleLife::hear(const Observation& observation) {
   ++framesHeard_;
+  if (observation.timeMicroseconds - latestFrameMicroseconds_ > kRunOverMicroseconds) decoder_.reset();
+  latestFrameMicroseconds_ = observation.timeMicroseconds;
   if (std::optional<Credentials> credentials = decoder_.observe(observation)) judge(*std::move(credentials));
 }
 

@@ -51,6 +51,7 @@ class ModuleLife {
 
   FrameSource frames_;
   Decoder decoder_;
+  std::int64_t latestFrameMicroseconds_ = 0;
   std::uint64_t framesHeard_ = 0;
   std::uint64_t framesReported_ = 0;
   Instant nextFramesReport_{};

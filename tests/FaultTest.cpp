@@ -278,64 +278,6 @@ TEST_F(Fault, OfADelegateStaysItsOwn) {
   EXPECT_TRUE(isHeard(6)) << "the listener still has the delegate that the suite had";
 }
 
-TEST_F(Fault, OfAMainQueueThatIsNeverDrainedIsBounded) {
-  ASSERT_EQ(suite->SmartConfigOnlineListen(kPort), kPort);
-  for (int number = 0; number < 3000; ++number) {
-    module.send(announcement(number), kPort);
-    if (number % 50 == 49) std::this_thread::sleep_for(milliseconds(2));
-  }
-  EXPECT_TRUE(waitUntil([] { return !ZorPostToMainQueue([] {}); }, 2000)) << "it is full";
-  const auto before = steady_clock::now();
-  ASSERT_EQ(suite->SmartConfigOnlineListen(kPort), kPort);
-  suite->SmartConfigV5_Start("home", "secret", 60000);
-  suite->SmartConfigStop();
-  EXPECT_TRUE(waitUntil(sendersEmpty, 500));
-  EXPECT_LT(steady_clock::now() - before, milliseconds(700)) << "nobody waits for it";
-  EXPECT_EQ(ZorRunMainQueue(0), 1024);
-}
-
-TEST_F(Fault, OfMemoryIsReportedAndPasses) {
-  if (kSanitized) GTEST_SKIP() << "a sanitizer's shadow needs the address space that is taken away here";
-  ASSERT_EQ(suite->SmartConfigOnlineListen(kPort), kPort);
-  int listening = 0, progress = 0, upgrade = 0;
-  bool posted = true;
-  const std::string line = announcement(1);
-  std::function<void()> closure = [big = std::array<char, 64>{}] { EXPECT_EQ(big[0], 0); };
-  // What memory there is goes into blocks of ever smaller size, linked without further memory.
-  void* blocks = nullptr;
-  rlimit before{};
-  getrlimit(RLIMIT_AS, &before);
-  const rlimit none{1, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_AS, &none), 0);
-  for (std::size_t size = 1 << 20; size >= 16; size /= 2) {
-    while (void* const block = std::malloc(size)) {
-      *static_cast<void**>(block) = blocks;
-      blocks = block;
-    }
-  }
-  module.send(line, kPort);  // The listener's thread may have an arena with memory left.
-  {
-    ZorSuite another;
-    another.setDelegate(delegate);
-    another.SmartConfigV5_Start("home", "secret", 1000);
-    progress = another.SmartConfigProgress();
-    another.DeviceSearch();
-    another.DeviceUpgrade("127.0.0.1", "http://h/f");
-    upgrade = another.DeviceUpgradeProgress();
-    posted = ZorPostToMainQueue(std::move(closure));
-    listening = another.SmartConfigOnlineListen(kPort);
-  }
-  setrlimit(RLIMIT_AS, &before);
-  while (blocks != nullptr) std::free(std::exchange(blocks, *static_cast<void**>(blocks)));
-
-  EXPECT_EQ(progress, -101);
-  EXPECT_EQ(upgrade, -121);
-  EXPECT_FALSE(posted);
-  EXPECT_TRUE(listening == -1 || listening == kPort) << "the stack of the listener before may serve again";
-  EXPECT_EQ(suite->SmartConfigOnlineListen(kPort), kPort) << "all is well again with memory";
-  EXPECT_TRUE(isHeard(2));
-}
-
 TEST_F(Fault, IsNotWhatAForkIsToTheParent) {
   const std::string descriptors = "ls /proc/self/fd | wc -l";
   const int before = std::system(("exit $(" + descriptors + ")").c_str());
