@@ -9,8 +9,6 @@
 
 namespace {
 
-/// Where a module announces itself when it is not told another port.
-constexpr std::int32_t kDefaultPort = 25010;
 constexpr std::int32_t kRunMs = 100'000;
 constexpr std::uint8_t kPortRecordType = 1;
 
@@ -43,7 +41,7 @@ void ZORBroadcast_SSID_Password::startBroadcast_SSID(std::string_view SSID, std:
 /// Tells the module in the run that follows where to announce itself, if that is not the usual port.
 /// Without a listener there is no port to tell; the run goes on all the same.
 void ZORBroadcast_SSID_Password::appendPort(std::int32_t port) {
-  if (port == kDefaultPort || port < 0) {
+  if (port == kZorAnnouncementPort || port < 0) {
     _myZorSuite->SmartConfigV5_Append(nullptr, 0);
     LogStr("append = nil");
     return;

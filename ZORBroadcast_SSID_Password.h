@@ -15,7 +15,8 @@ class ZOR_API ZORBroadcast_SSID_Password {
   ZORBroadcast_SSID_Password& operator=(const ZORBroadcast_SSID_Password&) = delete;
 
   /// Starts a run on a new suite, in place of the one before. If port 25010 is taken, the next free
-  /// port is used and the module is told it in three bytes of application data. To hear of the
+  /// port is used and the module is told it in three bytes of application data; with no port to be
+  /// had, the run goes on and nobody listens. To hear of the
   /// module, set a delegate on `myZorSuite` after this call. Blocks as the suite's starts do.
   void startBroadcast_SSID(std::string_view SSID, std::string_view Password);
 

@@ -2,6 +2,7 @@ include(CMakeDependentOption)
 
 # A project that takes this one in with add_subdirectory wants the library alone.
 option(ZOR_BUILD_TOOLS "Build the receiver and zorctl" ${PROJECT_IS_TOP_LEVEL})
+option(ZOR_INSTALL "Install the library, its headers and its package" ${PROJECT_IS_TOP_LEVEL})
 # The tests reach inside the library, which a shared build hides.
 cmake_dependent_option(ZOR_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL}
                        "NOT BUILD_SHARED_LIBS" OFF)

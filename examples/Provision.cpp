@@ -39,5 +39,6 @@ int main(int argumentCount, char** arguments) {
   suite.SmartConfigV5_Start(arguments[1], arguments[2], seconds * 1000);
   while (!finder->found && (s_threadSmartConfigMc || s_threadSmartConfigBc)) ZorRunMainQueue(100);
   suite.SmartConfigStop();
+  ZorRunMainQueue(0);
   return finder->found ? 0 : 1;
 }

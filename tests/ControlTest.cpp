@@ -61,6 +61,10 @@ TEST(Control, CutsTextsAndKeepsTheApplicationData) {
   EXPECT_STREQ(s_ZorDevice.password, "\xC3\xBC");
   EXPECT_EQ(s_ZorDevice.ssid[31], 0) << "nothing of the longer text stays";
   EXPECT_EQ(s_ZorDevice.appendLen, 16);
+  suite.SmartConfigV5_Start(s_ZorDevice.ssid, s_ZorDevice.password, 1000);
+  suite.SmartConfigV5_Append(s_ZorDevice.appendData, 16);
+  EXPECT_STREQ(s_ZorDevice.password, "\xC3\xBC") << "a run may be repeated from the state's own texts";
+  EXPECT_EQ(s_ZorDevice.appendData[15], 0xA5);
 
   suite.SmartConfigV5_Append(nullptr, 5);
   EXPECT_EQ(s_ZorDevice.appendLen, 0);

@@ -2,7 +2,10 @@
 
 #include <poll.h>
 
+#include <ctime>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "ZOR/ZorSuite.h"

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr const char* kEveryHost = "255.255.255.255";  // Limited broadcast, RFC 919.
-
 /// How long a pass rests that could not wait for an answer, milliseconds: as long as a receive.
 constexpr std::int32_t kNoReceiveRestMs = 10;
 
@@ -33,7 +31,7 @@ class Requests {
     sinceLatest_.restart();
     char line[64];
     const std::int32_t length = std::snprintf(line, sizeof line, zor::kInfoRequest, sent_);
-    ZorUdpBcSendData(&socket_, line, length, kEveryHost, zor::kModulePort);
+    ZorUdpBcSendData(&socket_, line, length, kZorEveryHost, zor::kModulePort);
     ++sent_;
   }
 
@@ -49,7 +47,7 @@ void ZorSuite::DeviceSearch() {
   s_threadDeviceSearch.cancel();
   s_threadDeviceSearch.waitUntilEmpty();
   // A search that finds no thread ends as it would without an answer: nobody is reported.
-  startWorker(s_threadDeviceSearch, &ZorSuite::threadDeviceSearch);
+  static_cast<void>(startWorker(s_threadDeviceSearch, &ZorSuite::threadDeviceSearch));
 }
 
 void ZorSuite::DeviceSearchSetProperty(std::int32_t interval, std::int32_t COUNT) {

@@ -45,7 +45,7 @@ ZorModuleRecord ModuleReporter::record() const {
 
 /// True when the report is on its way, or nobody listens.
 bool ModuleReporter::post() const {
-  if (!delegateSlot_ || !delegateSlot_->get()) return true;
+  if (!delegateSlot_ || delegateSlot_->empty()) return true;
   try {
     return ZorPostToMainQueue([slot = delegateSlot_, callback = callback_, mac = std::string(mac_),
                                ip = std::string(ip_), ver = std::string(ver_), cap = std::string(cap_),

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "ZOR/discovery/RecordTable.h"
 #include "ZOR/facade/DelegateSlot.h"

@@ -4,18 +4,16 @@
 
 namespace {
 
-/// Where modules announce themselves when they are not told another port.
-constexpr std::int32_t kDefaultPort = 25010;
 constexpr std::int32_t kLastPort = 65535;
 
 /// How long the listener rests after a receive that failed, milliseconds: an error that stays must
 /// not make it spin.
 constexpr std::int32_t kErrorRestMs = 10;
 
-/// Binds the first free port from `kDefaultPort` up. Returns it, or -1 when there is none or when no
+/// Binds the first free port from `kZorAnnouncementPort` up. Returns it, or -1 when there is none or when no
 /// socket can be created at all.
 std::int32_t bindFreePort() {
-  for (std::int32_t port = kDefaultPort; port <= kLastPort; ++port) {
+  for (std::int32_t port = kZorAnnouncementPort; port <= kLastPort; ++port) {
     const std::int32_t socket = ZorUdpInit(port);
     s_ZorDevice.listenSocket = socket;
     if (socket >= 0) return port;

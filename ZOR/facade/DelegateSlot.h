@@ -16,6 +16,12 @@ class DelegateSlot {
     return delegate_;
   }
 
+  /// Tells without sharing in the delegate, which must not be released on a worker for this.
+  bool empty() const ZOR_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    return delegate_ == nullptr;
+  }
+
   void set(std::shared_ptr<ZorSuiteDelegate> delegate) ZOR_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
     delegate_.swap(delegate);

@@ -30,10 +30,12 @@ std::int64_t steadyMs() {
 void storeSmartConfigInputs(std::string_view ssid, std::string_view password, std::int32_t timeout) {
   copyText(ssid, s_ZorDevice.ssid);
   copyText(password, s_ZorDevice.password);
-  s_ZorDevice.smartTimeout = timeout;
+  // In this order: a broadcast sender that runs on beside a version 3 start must not see the new
+  // time-out with the old start, nor a reader of the progress the new start with the old last send.
   steadyStartMs = steadyMs();
-  s_ZorDevice.smartStartMs = ZorGetUsec();
   s_ZorDevice.smartLastMs = ZorGetUsec();
+  s_ZorDevice.smartStartMs = ZorGetUsec();
+  s_ZorDevice.smartTimeout = timeout;
   s_ZorDevice.smartStatus = 0;
 }
 
@@ -66,8 +68,8 @@ void ZorSuite::SmartConfigV5_Append(const std::uint8_t* bytes, std::size_t lengt
     return;
   }
   const std::size_t kept = std::min(length, kZorAppendSize - 1);
-  std::memset(s_ZorDevice.appendData, 0, kZorAppendSize);
-  std::memcpy(s_ZorDevice.appendData, bytes, kept);
+  std::memmove(s_ZorDevice.appendData, bytes, kept);  // The bytes may be the state's own.
+  std::memset(s_ZorDevice.appendData + kept, 0, kZorAppendSize - kept);
   s_ZorDevice.appendLen = static_cast<std::int32_t>(kept);
 }
 

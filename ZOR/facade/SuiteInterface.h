@@ -15,6 +15,9 @@ class DelegateSlot;
 class Worker;
 }  // namespace zor
 
+/// The UDP port on which modules announce themselves when they are not told another.
+inline constexpr std::int32_t kZorAnnouncementPort = 25010;
+
 /// Hears of modules. Both operations are called on the main-thread queue, one call at a time.
 ///
 /// All five texts come from the network: bytes as the module sent them, NUL-free and bounded
@@ -45,7 +48,7 @@ class ZOR_API ZorSuiteDelegate {
 /// 3. A start first ends the worker of its kind and waits for it, without limit: a few milliseconds,
 ///    or the whole rest of an upgrade. Nothing else blocks.
 /// 4. A suite may be destroyed while its workers run. They run on as they would, and still report
-///    to the delegate that it had.
+///    to the delegate that it had, which may then be destroyed on a worker's thread.
 /// 5. No operation throws. Texts are bytes, cut at their field's length and at the first NUL.
 class ZOR_API ZorSuite {
  public:
@@ -90,7 +93,8 @@ class ZOR_API ZorSuite {
 
   /// The share of the time-out, 0..100, that had passed when the latest multicast datagram went
   /// out; 100 for a time-out of 0 or less; negative for a sender that could not open a socket (the
-  /// codes of SmartConfigStatus.h).
+  /// codes of SmartConfigStatus.h). It counts by the wall clock in 32 bits: a step of that clock, or a
+  /// run of more than 21,474 seconds, can make it any number; `s_ZorDevice.smartStatus` tells then.
   std::int32_t SmartConfigProgress();
 
   /// Starts a version 5 run of `TIMEOUT` milliseconds: both senders, less those whose length base
@@ -130,7 +134,7 @@ class ZOR_API ZorSuite {
   ZorSuite(std::shared_ptr<zor::DelegateSlot> delegateSlot, zor::Worker* worker);
 
   /// Starts `entry` in `handle`, which is empty. False when the system gives no thread or memory.
-  bool startWorker(ZorWorkerHandle& handle, void (ZorSuite::*entry)());
+  [[nodiscard]] bool startWorker(ZorWorkerHandle& handle, void (ZorSuite::*entry)());
 
   std::shared_ptr<zor::DelegateSlot> delegateSlot_;
   zor::Worker* worker_ = nullptr;  ///< Null in an application's suite.

@@ -7,13 +7,13 @@
 
 /// A process-wide number that the workers read afresh at every use.
 ///
-/// It reads and assigns like a plain 32-bit integer, from any thread. An assignment wakes the
+/// It reads as and is assigned from a 32-bit integer, from any thread. An assignment wakes the
 /// workers that wait, so a changed interval counts in the wait that it finds going on.
 class ZOR_API ZorTunable {
  public:
   constexpr ZorTunable(std::int32_t value) : value_(value) {}  // NOLINT: reads like an integer
   ZorTunable(const ZorTunable&) = delete;
-  ZorTunable& operator=(const ZorTunable&) = delete;
+  ZorTunable& operator=(const ZorTunable& other) { return *this = std::int32_t{other}; }
 
   ZorTunable& operator=(std::int32_t value);
   operator std::int32_t() const { return value_.load(); }  // NOLINT: reads like an integer

@@ -39,7 +39,7 @@ bool Worker::start(ZorWorkerHandle& handle, std::shared_ptr<DelegateSlot> delega
 }
 
 Worker::Worker(std::shared_ptr<DelegateSlot> delegateSlot)
-    : inputs_(copyInputs()), delegateSlot_(std::move(delegateSlot)), suite_(delegateSlot_, this) {}
+    : inputs_(copyInputs()), suite_(std::move(delegateSlot), this) {}
 
 Worker::~Worker() {
   wipe(&inputs_, sizeof inputs_);

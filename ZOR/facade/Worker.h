@@ -1,26 +1,15 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 
 #include "ZOR/facade/DelegateSlot.h"
-#include "ZOR/facade/DeviceState.h"
+#include "ZOR/facade/RunInputs.h"
 #include "ZOR/facade/SuiteInterface.h"
 #include "ZOR/facade/WorkerHandle.h"
 #include "ZOR/platform/Mutex.h"
 #include "ZOR/platform/WorkerThread.h"
 
 namespace zor {
-
-/// The texts of the suite state, copied for a worker on the thread that starts it.
-struct RunInputs {
-  char ssid[kZorSsidSize];
-  char password[kZorPasswordSize];
-  std::uint8_t appendData[kZorAppendSize];
-  std::int32_t appendLen;
-  char upgradeIp[kZorIpSize];
-  char upgradeUrl[kZorUpgradeUrlSize];
-};
 
 /// One running worker: its thread, its inputs and the suite on which its entry runs.
 class Worker {
@@ -29,7 +18,8 @@ class Worker {
 
   /// Runs `entry` on a new thread that empties `handle` when the entry has returned. `handle` is
   /// empty before. False, with `handle` still empty, when the system gives no thread or memory.
-  static bool start(ZorWorkerHandle& handle, std::shared_ptr<DelegateSlot> delegateSlot, Entry entry);
+  [[nodiscard]] static bool start(ZorWorkerHandle& handle, std::shared_ptr<DelegateSlot> delegateSlot,
+                                  Entry entry);
 
   explicit Worker(std::shared_ptr<DelegateSlot> delegateSlot);
   ~Worker();
@@ -38,7 +28,6 @@ class Worker {
 
   WorkerThread& thread() { return thread_; }
   const RunInputs& inputs() const { return inputs_; }
-  const std::shared_ptr<DelegateSlot>& delegateSlot() const { return delegateSlot_; }
 
   /// Lets go whoever is in `waitForEnd`, now and later.
   void announceEnd() ZOR_EXCLUDES(mutex_);
@@ -49,7 +38,6 @@ class Worker {
  private:
   WorkerThread thread_;
   RunInputs inputs_;
-  std::shared_ptr<DelegateSlot> delegateSlot_;
   ZorSuite suite_;
   Mutex mutex_;
   ConditionVariable condition_;

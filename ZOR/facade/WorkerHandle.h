@@ -5,13 +5,15 @@
 #include "ZOR/platform/Export.h"
 #include "ZOR/platform/Mutex.h"
 
+class ZorTunable;
+
 namespace zor {
 class Worker;
 }
 
 /// Tells if a worker of one kind runs, and reaches it. Empty when none does.
 ///
-/// A worker empties its handle as its last act, when its socket is closed and its result stands.
+/// A worker empties its handle when its socket is closed and its result stands.
 /// Every operation may be called from any thread.
 class ZOR_API ZorWorkerHandle {
  public:
@@ -28,6 +30,10 @@ class ZOR_API ZorWorkerHandle {
   /// Waits, without limit, until no worker of this kind runs.
   void waitUntilEmpty() ZOR_EXCLUDES(mutex_);
 
+ private:
+  friend class zor::Worker;
+  friend class ZorTunable;
+
   /// Makes a waiting worker read its interval again.
   void wake() ZOR_EXCLUDES(mutex_);
 
@@ -37,7 +43,6 @@ class ZOR_API ZorWorkerHandle {
   /// Empties the handle and lets go whoever waits for that.
   void clear() ZOR_EXCLUDES(mutex_);
 
- private:
   std::shared_ptr<zor::Worker> worker() const ZOR_EXCLUDES(mutex_);
 
   mutable zor::Mutex mutex_;

@@ -2,8 +2,4 @@
 
 /// Marks a declaration as part of the library's public face. The library is built with hidden
 /// visibility, so a shared build exports what carries this mark and nothing else.
-#if defined(_WIN32)
-#define ZOR_API
-#else
 #define ZOR_API __attribute__((visibility("default")))
-#endif

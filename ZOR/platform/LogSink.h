@@ -13,7 +13,8 @@ using ZorLogSink = std::function<void(const char* line)>;
 /// Any thread may call it. The sink itself is called from the application's thread and from the
 /// workers, several at a time, and should return soon: a sender waits for it. A line that is being
 /// written while the sink is replaced may still reach the old one, which stays alive until then.
-/// What a sink throws is dropped. A sink must not start or stop a worker.
+/// What a sink throws is dropped. A sink must not start a worker: the start would wait
+/// for the worker that waits for the sink.
 ZOR_API void ZorSetLogSink(ZorLogSink sink);
 
 /// Writes one NUL-terminated line where the library's own lines go. Any thread.

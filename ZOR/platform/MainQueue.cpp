@@ -4,6 +4,7 @@
 #include <chrono>
 #include <deque>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "ZOR/platform/Mutex.h"
@@ -17,7 +18,7 @@ constexpr std::int32_t kMostUndelivered = 1024;
 /// Closures that were posted and have neither run nor been dropped.
 std::atomic<std::int32_t> undelivered{0};
 
-/// One posted closure: it runs at most once, and counts as undelivered until it has run or is gone.
+/// One posted closure: it runs at most once, and counts as undelivered until it begins to run or is gone.
 class PostedClosure {
  public:
   /// Null when as many closures as may wait do so already.
@@ -134,8 +135,9 @@ class MainQueue {
 };
 
 /// Made at first use and never destroyed, because workers post to it until the process is gone.
-MainQueue& mainQueue() {
-  static MainQueue& queue = *new MainQueue;
+/// Null when there is no memory for it.
+MainQueue* mainQueue() {
+  static MainQueue* const queue = new (std::nothrow) MainQueue;
   return queue;
 }
 
@@ -143,24 +145,30 @@ MainQueue& mainQueue() {
 }  // namespace zor
 
 void ZorSetMainQueue(ZorMainQueuePost post) {
+  zor::MainQueue* const queue = zor::mainQueue();
   try {
-    zor::mainQueue().setPost(post ? std::make_shared<const ZorMainQueuePost>(std::move(post)) : nullptr);
+    if (queue != nullptr) {
+      queue->setPost(post ? std::make_shared<const ZorMainQueuePost>(std::move(post)) : nullptr);
+    }
   } catch (...) {
     // Without memory the present queue stays.
   }
 }
 
 std::int32_t ZorRunMainQueue(std::int32_t waitMs) {
-  return zor::mainQueue().run(waitMs);
+  zor::MainQueue* const queue = zor::mainQueue();
+  return queue != nullptr ? queue->run(waitMs) : 0;
 }
 
 std::int32_t ZorMainQueueDescriptor() {
-  return zor::mainQueue().descriptor();
+  zor::MainQueue* const queue = zor::mainQueue();
+  return queue != nullptr ? queue->descriptor() : -1;
 }
 
 bool ZorPostToMainQueue(std::function<void()> closure) {
+  zor::MainQueue* const queue = zor::mainQueue();
   try {
-    return zor::mainQueue().post(std::move(closure));
+    return queue != nullptr && queue->post(std::move(closure));
   } catch (...) {
     return false;
   }

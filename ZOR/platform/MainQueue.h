@@ -10,7 +10,7 @@
 /// 1. Closures run in the order in which they were posted, each at most once.
 /// 2. With the built-in queue they run only inside `ZorRunMainQueue`, on its caller's thread.
 /// 3. At most 1,024 closures are undelivered at a time, counting those handed to an application's
-///    own loop that have neither run nor been dropped yet.
+///    own loop that have neither begun to run nor been dropped yet.
 /// 4. No lock of the library is held while a closure runs, so it may call any operation.
 /// 5. What a closure throws is dropped; the closures behind it still run.
 
@@ -19,14 +19,15 @@
 using ZorMainQueuePost = std::function<void(std::function<void()> closure)>;
 
 /// Makes `post` take every closure posted from now on; an empty `post` restores the built-in queue.
-/// Closures that the built-in queue already holds stay there for `ZorRunMainQueue`. Any thread.
+/// Closures that the built-in queue already holds stay there for `ZorRunMainQueue`. A worker that is
+/// posting at that moment may still call the old `post`, which stays alive until then. Any thread.
 ZOR_API void ZorSetMainQueue(ZorMainQueuePost post);
 
 /// Runs what the built-in queue holds, on the calling thread.
 ///
 /// Waits at most `waitMs` milliseconds (0 or less: not at all) for the first closure; closures that
 /// are posted while it runs are left to the next call. Returns how many closures it ran.
-/// Call it from one thread, the application's main thread.
+/// Call it from one thread, the application's main thread. Without memory for a queue it runs none.
 ZOR_API std::int32_t ZorRunMainQueue(std::int32_t waitMs);
 
 /// A descriptor that polls readable while the built-in queue holds work, for the application's own

@@ -6,18 +6,25 @@
 namespace zor {
 namespace {
 
-void makeQuiet(int descriptor) {
-  fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-  fcntl(descriptor, F_SETFL, O_NONBLOCK);
+/// Opens a pipe that is closed on exec and never blocks.
+bool openQuietPipe(int (&ends)[2]) {
+#if defined(__linux__)
+  return pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0;
+#else
+  if (pipe(ends) != 0) return false;
+  for (const int end : ends) {
+    fcntl(end, F_SETFD, FD_CLOEXEC);
+    fcntl(end, F_SETFL, O_NONBLOCK);
+  }
+  return true;
+#endif
 }
 
 }  // namespace
 
 bool WakeDescriptor::open() {
   int ends[2];
-  if (pipe(ends) != 0) return false;
-  makeQuiet(ends[0]);
-  makeQuiet(ends[1]);
+  if (!openQuietPipe(ends)) return false;
   readEnd_ = ends[0];
   writeEnd_ = ends[1];
   return true;

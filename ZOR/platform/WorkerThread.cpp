@@ -8,13 +8,16 @@
 namespace zor {
 namespace {
 
-/// Blocks every signal for the calling thread, and so for threads that it creates, in one scope.
+/// Blocks the signals that others send for the calling thread, and so for threads that it creates, in
+/// one scope. What a thread's own fault raises stays deliverable, for whoever reports crashes.
 class BlockedSignals {
  public:
   BlockedSignals() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &previous_);
+    sigset_t blocked;
+    sigfillset(&blocked);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT})
+      sigdelset(&blocked, fault);
+    pthread_sigmask(SIG_BLOCK, &blocked, &previous_);
   }
   ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
   BlockedSignals(const BlockedSignals&) = delete;

@@ -25,8 +25,8 @@ class WorkerThread {
   WorkerThread(const WorkerThread&) = delete;
   WorkerThread& operator=(const WorkerThread&) = delete;
 
-  /// Runs `body` on a new thread on which the process's signals are blocked, so that the
-  /// application's signal handlers never run there. Returns false when the system gives no thread;
+  /// Runs `body` on a new thread on which all signals but those of its own faults are blocked, so
+  /// that the application's handlers do not run there. Returns false when the system gives no thread;
   /// `body` is destroyed then, and has not run. Call it once.
   [[nodiscard]] bool start(std::function<void()> body);
 
@@ -52,7 +52,7 @@ class WorkerThread {
   Mutex mutex_;
   ConditionVariable condition_;
   std::atomic<bool> cancelled_{false};
-  Instant anchor_{};  ///< Deadline of the latest wait; touched by the worker's thread alone.
+  Instant anchor_{};  ///< Deadline of the latest wait; set by the start, then the worker's thread's own.
 };
 
 }  // namespace zor

@@ -6,7 +6,7 @@
 namespace {
 
 /// Copies line[from .. to) and a NUL.
-void copyText(const char* line, std::int32_t from, std::int32_t to, char* out) {
+void copyRange(const char* line, std::int32_t from, std::int32_t to, char* out) {
   const auto count = static_cast<std::size_t>(to - from);
   std::memcpy(out, line + from, count);
   out[count] = '\0';
@@ -22,10 +22,10 @@ std::int32_t GetValue(const void* line, std::int32_t length, std::int32_t start,
   const char* const text = static_cast<const char*>(line);
   for (std::int32_t i = start; i < length; ++i) {
     if (text[i] != ':') continue;
-    copyText(text, start, i, out);
+    copyRange(text, start, i, out);
     return i + 1;
   }
-  copyText(text, start, length, out);
+  copyRange(text, start, length, out);
   return length;
 }
 
@@ -42,8 +42,8 @@ std::int32_t GetKeyValue(const void* line, std::int32_t length, std::int32_t sta
     value[length] = '\0';
     return length;
   }
-  copyText(text, start, equals, key);
-  copyText(text, equals + 1, end, value);
+  copyRange(text, start, equals, key);
+  copyRange(text, equals + 1, end, value);
   return end < length ? end + 1 : length;
 }
 

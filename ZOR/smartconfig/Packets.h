@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "ZOR/facade/Worker.h"
+#include "ZOR/facade/RunInputs.h"
 #include "ZOR/platform/Wipe.h"
 #include "ZOR/smartconfig/PacketV3.h"
 #include "ZOR/smartconfig/PacketV5.h"

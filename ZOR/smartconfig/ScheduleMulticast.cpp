@@ -6,8 +6,8 @@ namespace zor {
 namespace {
 
 constexpr const char* kSyncGroup = "239.122.111.114";
-constexpr int kEvenOctet = 111;
-constexpr int kOddOctet = 114;
+constexpr std::uint8_t kEvenOctet = 111;
+constexpr std::uint8_t kOddOctet = 114;
 
 std::int32_t sendSync(Air& air) {
   for (std::int32_t tag = 0; tag < s_ZorSmart5_McTagRepeat; ++tag) {

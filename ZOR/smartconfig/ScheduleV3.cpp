@@ -8,8 +8,8 @@ constexpr const char* kMarkerGroup = "239.90.0.0";
 constexpr std::int32_t kMarkerLength = 30;
 constexpr std::int32_t kMarkers = 3;
 constexpr std::int32_t kFirstFrameLength = 31;
-constexpr int kEvenOctet = 79;
-constexpr int kOddOctet = 82;
+constexpr std::uint8_t kEvenOctet = 79;
+constexpr std::uint8_t kOddOctet = 82;
 
 constinit const ZorTunable kFramePause{10};
 constinit const ZorTunable kCyclePause{20};

@@ -5,15 +5,8 @@
 #include "ZOR/smartconfig/Schedules.h"
 #include "ZOR/smartconfig/SenderRun.h"
 
-namespace {
-
-/// Where version 3 modules announce themselves.
-constexpr std::int32_t kAnnouncementPort = 25010;
-
-}  // namespace
-
 void ZorSuite::SmartConfigV3_Start(std::string_view SSID, std::string_view PASSWORD, std::int32_t TIMEOUT) {
-  if (SmartConfigOnlineListen(kAnnouncementPort) < 0) {
+  if (SmartConfigOnlineListen(kZorAnnouncementPort) < 0) {
     zor::log("listen smart3 failed");
     return;
   }
