@@ -36,13 +36,17 @@ std::string readPassPhraseFile(const std::string& name) {
   // One byte more than the longest pass phrase and its line end shows what is too long.
   char bytes[kLongestPassPhrase + 3];
   file.read(bytes, sizeof bytes);
-  if (!file.eof() && file.gcount() == 0) {
+  if (file.bad() || (!file.eof() && file.gcount() == 0)) {
     throw WrongUse("--pass-file: cannot read '" + printable(name) +
                    "': give a file that holds the pass phrase");
   }
   std::string text(bytes, static_cast<std::size_t>(file.gcount()));
   if (text.ends_with('\n')) text.pop_back();
   if (text.ends_with('\r')) text.pop_back();
+  if (text.empty()) {
+    throw WrongUse("--pass-file: '" + printable(name) +
+                   "' holds no pass phrase: use --pass '' for an open network");
+  }
   if (text.find('\n') != std::string::npos || text.find('\0') != std::string::npos) {
     throw WrongUse("--pass-file: '" + printable(name) +
                    "' holds more than a pass phrase: leave one line in it");

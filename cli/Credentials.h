@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,7 +19,7 @@ inline constexpr std::size_t kLongestPassPhrase = 64;
 void checkLengths(const Credentials& credentials);
 
 /// The pass phrase in the first line of the file `name`, without its line end. Throws `WrongUse` when the
-/// file cannot be read, when it holds more than one line, or a NUL.
+/// file cannot be read, when it holds nothing, more than one line, or a NUL.
 std::string readPassPhraseFile(const std::string& name);
 
 }  // namespace zor::cli

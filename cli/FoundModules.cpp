@@ -23,7 +23,7 @@ void FoundModules::onSmartFound(const std::string& moduleId, const std::string& 
 }
 
 void FoundModules::take(FoundModule module) {
-  if (ids_.size() < kMostCounted) ids_.insert(module.id);
+  if (!module.id.empty() && ids_.size() < kMostCounted) ids_.insert(module.id);
   onFound_(module);
 }
 

@@ -24,7 +24,8 @@ class FoundModules : public ZorSuiteDelegate {
  public:
   explicit FoundModules(std::function<void(const FoundModule&)> onFound) : onFound_(std::move(onFound)) {}
 
-  /// How many different modules were reported: one that announces itself from two addresses counts once.
+  /// How many different modules were reported: one that announces itself from two addresses counts once, one
+  /// without an id not at all.
   std::size_t count() const { return ids_.size(); }
 
   void onSearchFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,

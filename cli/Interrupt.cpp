@@ -13,7 +13,7 @@
 namespace zor::cli {
 namespace {
 
-constexpr int kSignals[] = {SIGINT, SIGTERM};
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 volatile std::sig_atomic_t writeEnd = -1;
 
@@ -29,11 +29,16 @@ extern "C" void onSignal(int) {
   writeByte(writeEnd);
 }
 
+/// Leaves a signal alone that is ignored: nohup, or the shell for a background job, had it so.
 void handleSignals(void (*handler)(int)) {
   struct sigaction action {};
   action.sa_handler = handler;
   action.sa_flags = SA_RESTART;
-  for (const int number : kSignals) sigaction(number, &action, nullptr);
+  for (const int number : kSignals) {
+    struct sigaction before {};
+    sigaction(number, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
+  }
 }
 
 }  // namespace

@@ -2,7 +2,8 @@
 
 namespace zor::cli {
 
-/// Turns SIGINT and SIGTERM into a descriptor to poll, as long as it lives. One at a time.
+/// Turns SIGINT, SIGTERM, SIGHUP and SIGQUIT, less those that the caller had ignored, into a descriptor to
+/// poll, as long as it lives. One at a time.
 class Interrupt {
  public:
   /// Throws `RunFailure` when the system gives no pipe.

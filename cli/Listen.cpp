@@ -29,7 +29,7 @@ std::string noPortText(int port) {
 int listen(const ListenOptions& options) {
   const LogLines logLines(options.verbose);
   const Interrupt interrupt;
-  Output output(options.json);
+  Output output(options, interrupt);
   const auto modules = std::make_shared<FoundModules>(
       [&output](const FoundModule& module) { output.report(foundText(module), foundEvent(module)); });
   ZorSuite suite;
@@ -46,7 +46,7 @@ int listen(const ListenOptions& options) {
   ZorRunMainQueue(0);
   output.report("stopped; heard of " + moduleCount(modules->count()),
                 {{"event", "finished"}, {"ok", true}, {"modules", modules->count()}});
-  return kSuccess;
+  return output.exitCode();
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <cstdio>
+#include <exception>
 #include <map>
 #include <memory>
 #include <thread>
@@ -56,27 +56,51 @@ receiver::VirtualModuleOptions moduleOptions(const ModuleOptions& options) {
   return module;
 }
 
+/// Stops `module` once `interrupt` is raised, at the latest when this is destroyed.
+class Stopper {
+ public:
+  Stopper(receiver::VirtualModule& module, const Interrupt& interrupt)
+      : interrupt_(interrupt), thread_([&module, &interrupt] {
+          interrupt.wait(-1);
+          module.stop();
+        }) {}
+  ~Stopper() {
+    interrupt_.raise();
+    thread_.join();
+  }
+  Stopper(const Stopper&) = delete;
+  Stopper& operator=(const Stopper&) = delete;
+
+ private:
+  const Interrupt& interrupt_;
+  std::thread thread_;
+};
+
+/// Lets `module` live until the interrupt. Returns why it died before, escaped; empty when it did not.
+std::string live(receiver::VirtualModule& module, const Interrupt& interrupt) {
+  try {
+    const Stopper stopper(module, interrupt);
+    return printable(module.run());
+  } catch (const std::exception& error) {
+    return printable(error.what());
+  }
+}
+
 int runModule(const ModuleOptions& options) {
   const Interrupt interrupt;
-  Output output(options.json);
-  ModuleView view(output);
+  Output output(options, interrupt);
+  ModuleView view(options.module.interface, output);
   receiver::VirtualModule module(moduleOptions(options), [&](const receiver::ModuleEvent& event) {
     view.show(event);
     if (output.isGone()) interrupt.raise();
   });
-  output.report("module on " + printable(options.module.interface) + ", Ctrl-C ends",
-                {{"event", "module_started"}, {"interface", codePoints(options.module.interface)}});
-
-  std::thread stopper([&] {
-    interrupt.wait(-1);
-    module.stop();
-  });
-  const std::string problem = module.run();
-  interrupt.raise();  // Lets the stopper end when the module ended by itself.
-  stopper.join();
-  if (!problem.empty()) throw RunFailure(printable(problem));
+  const std::string problem = live(module, interrupt);
+  if (!problem.empty()) {
+    output.reportJson({{"event", "finished"}, {"ok", false}, {"problem", problem}});
+    throw RunFailure(problem);
+  }
   output.report("module stopped", {{"event", "finished"}, {"ok", true}});
-  return kSuccess;
+  return output.exitCode();
 }
 
 void addIdentityOptions(CLI::App& command, receiver::VirtualModuleOptions& module) {

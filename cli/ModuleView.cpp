@@ -1,24 +1,19 @@
 #include "cli/ModuleView.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "cli/Escape.h"
+#include "receiver/NetworkInterface.h"
 
 namespace zor::cli {
 namespace {
 
 using receiver::ModuleEvent;
+using receiver::textOf;
 
 /// How often what is a live line on a terminal is printed elsewhere.
 constexpr std::chrono::seconds kFramesLineEvery{2};
 constexpr int kPercentLineEvery = 25;
-
-std::string addressText(const receiver::MacAddress& a) {
-  char text[18];
-  std::snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", a[0], a[1], a[2], a[3], a[4], a[5]);
-  return text;
-}
 
 /// How far the phone of which most is known has been understood.
 std::string progressText(const receiver::DecoderProgress& progress) {
@@ -27,14 +22,13 @@ std::string progressText(const receiver::DecoderProgress& progress) {
   });
   if (most == progress.end() || most->bytesKnown == 0) return {};
   const std::string total = most->bytesTotal > 0 ? std::to_string(most->bytesTotal) : "?";
-  return ", " + std::to_string(most->bytesKnown) + " of " + total + " bytes from " +
-         addressText(most->sender);
+  return ", " + std::to_string(most->bytesKnown) + " of " + total + " bytes from " + textOf(most->sender);
 }
 
 Json progressJson(const receiver::DecoderProgress& progress) {
   Json senders = Json::array();
   for (const receiver::SenderProgress& sender : progress) {
-    senders.push_back({{"sender", addressText(sender.sender)},
+    senders.push_back({{"sender", textOf(sender.sender)},
                        {"version", static_cast<int>(sender.encoding)},
                        {"bytes_known", sender.bytesKnown},
                        {"bytes_total", sender.bytesTotal}});
@@ -48,6 +42,9 @@ void ModuleView::show(const ModuleEvent& event) {
   const std::string text = printable(event.text);
   const std::string json = codePoints(event.text);
   switch (event.kind) {
+    case ModuleEvent::Kind::started:
+      return output_.report("module on " + printable(interface_) + ", Ctrl-C ends",
+                            {{"event", "module_started"}, {"interface", codePoints(interface_)}});
     case ModuleEvent::Kind::frames:
       return showFrames(event);
     case ModuleEvent::Kind::decoded:
@@ -94,13 +91,13 @@ void ModuleView::showCredentials(const ModuleEvent& event, const char* name, con
   output_.report(text + ("SSID \"" + printable(told.ssid)) + "\", pass phrase \"" +
                      printable(told.passPhrase) + "\", append bytes " +
                      (told.append.empty() ? "none" : toHex(told.append)) + ", version " +
-                     std::to_string(version) + " from " + addressText(told.sender),
+                     std::to_string(version) + " from " + textOf(told.sender),
                  {{"event", name},
                   {"ssid", codePoints(told.ssid)},
                   {"pass_phrase", codePoints(told.passPhrase)},
                   {"append", toHex(told.append)},
                   {"version", version},
-                  {"sender", addressText(told.sender)},
+                  {"sender", textOf(told.sender)},
                   {"frames", event.frames}});
 }
 

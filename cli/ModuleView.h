@@ -1,6 +1,8 @@
 #pragma once
 
 #include <chrono>
+#include <string>
+#include <utility>
 
 #include "cli/Output.h"
 #include "receiver/VirtualModule.h"
@@ -11,7 +13,8 @@ namespace zor::cli {
 /// rest as lines.
 class ModuleView {
  public:
-  explicit ModuleView(Output& output) : output_(output) {}
+  /// `interface` is the module's; `output` outlives this.
+  ModuleView(std::string interface, Output& output) : interface_(std::move(interface)), output_(output) {}
 
   void show(const receiver::ModuleEvent& event);
 
@@ -20,6 +23,7 @@ class ModuleView {
   void showCredentials(const receiver::ModuleEvent& event, const char* name, const char* text);
   void showDownload(const receiver::ModuleEvent& event);
 
+  std::string interface_;
   Output& output_;
   std::chrono::steady_clock::time_point nextFramesLine_;
   int nextPercent_ = 0;

@@ -1,11 +1,18 @@
 #include "cli/Output.h"
 
+#include <limits.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
+
+#include "cli/Command.h"
+#include "cli/ExitCode.h"
+#include "cli/Interrupt.h"
 
 namespace zor::cli {
 namespace {
@@ -13,6 +20,7 @@ namespace {
 constexpr char kEraseLine[] = "\r\x1b[K";  // Carriage return and "erase in line", ECMA-48.
 constexpr std::size_t kUsualWidth = 80;
 constexpr int kBarWidth = 30;
+constexpr int kLastWaitMs = 500;  ///< How long a reader that is behind may take after an interrupt.
 
 std::size_t terminalWidth() {
   winsize size{};
@@ -22,7 +30,14 @@ std::size_t terminalWidth() {
 
 }  // namespace
 
-Output::Output(bool json) : json_(json), live_(!json && isatty(STDOUT_FILENO) == 1) {}
+Output::Output(const CommonOptions& options, const Interrupt& interrupt)
+    : interrupt_(interrupt),
+      json_(options.json),
+      live_(!options.json && !options.verbose && isatty(STDOUT_FILENO) == 1) {}
+
+int Output::exitCode() const {
+  return failed_ ? kFailure : kSuccess;
+}
 
 void Output::report(std::string_view text, const Json& event) {
   reportText(text);
@@ -61,13 +76,28 @@ void Output::clearLive() {
 
 void Output::write(std::string_view text) {
   while (!gone_ && !text.empty()) {
-    const ssize_t count = ::write(STDOUT_FILENO, text.data(), text.size());
+    if (!waitForRoom()) {
+      gone_ = true;
+      return;
+    }
+    // A pipe with room takes as much as this without blocking.
+    const ssize_t count = ::write(STDOUT_FILENO, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
     if (count >= 0) {
       text.remove_prefix(static_cast<std::size_t>(count));
-    } else if (errno != EINTR) {
+    } else if (errno != EINTR && errno != EAGAIN) {
+      const int error = errno;
       gone_ = true;
+      failed_ = error != EPIPE;
+      if (failed_) complain(std::string("stdout cannot be written: ") + std::strerror(error));
     }
   }
+}
+
+/// Waits until stdout takes more, or has an error to tell. False when an interrupt came and it took no more.
+bool Output::waitForRoom() const {
+  pollfd wanted[] = {{STDOUT_FILENO, POLLOUT, 0}, {interrupt_.descriptor(), POLLIN, 0}};
+  while (poll(wanted, 2, -1) < 0) continue;
+  return wanted[0].revents != 0 || poll(wanted, 1, kLastWaitMs) > 0;
 }
 
 std::string progressBar(int percent) {

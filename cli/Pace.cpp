@@ -13,6 +13,19 @@ namespace {
 constexpr std::size_t kMulticastLengthBase = 0;
 constexpr std::size_t kBroadcastLengthBase = 7;
 
+struct NamedPace {
+  const char* name;
+  Pace pace;
+};
+constexpr NamedPace kNamedPaces[] = {
+    // What the library does unless told otherwise.
+    {"default", {30, 30, 100, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5}},
+    // The shortest intervals, so the most load on the network.
+    {"fast", {30, 8, 0, 0, 1, 1, 5, 30, 10, 10, 0, 1, 1, 5}},
+    // Somewhat longer intervals than fast, and the same repeats.
+    {"robust", {30, 12, 0, 0, 1, 1, 5, 30, 15, 20, 0, 1, 1, 5}},
+};
+
 /// The separated words of `text`; commas and line ends separate as blanks do.
 std::istringstream words(std::string text) {
   for (char& c : text) {
@@ -63,7 +76,10 @@ std::string readFile(const std::string& name) {
 }  // namespace
 
 Pace readPace(const std::string& argument) {
-  const bool isList = argument.find(',') != std::string::npos;
+  for (const NamedPace& named : kNamedPaces) {
+    if (argument == named.name) return named.pace;
+  }
+  const bool isList = argument.find_first_not_of("0123456789, \t") == std::string::npos;
   return readValues(isList ? argument : readFile(argument));
 }
 

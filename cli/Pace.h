@@ -11,9 +11,9 @@ namespace zor::cli {
 /// cycle and a block in milliseconds, and the repeats of sync datagrams, data and cycles.
 using Pace = std::array<std::uint8_t, 14>;
 
-/// Reads what `--pace` was given: fourteen values 0..255 with commas between, or the name of a file that
-/// holds them, with commas, blanks or line ends between and comments from '#' to the end of the line. Throws
-/// `WrongUse` for anything else, and for values that switch both channels off.
+/// Reads what `--pace` was given: "default", "fast" or "robust"; fourteen values 0..255 with commas or blanks
+/// between; or the name of a file that holds them, line ends between too and comments from '#' to the end of
+/// the line. Throws `WrongUse` for anything else, and for values that switch both channels off.
 Pace readPace(const std::string& argument);
 
 }  // namespace zor::cli

@@ -58,7 +58,7 @@ int provision(const ProvisionOptions& options) {
   const Interrupt interrupt;
   plan.credentials.passPhrase = readPassPhrase(options, interrupt);
   checkLengths(plan.credentials);
-  Output output(options.json);
+  Output output(options, interrupt);
   return ProvisionRun(plan, interrupt, logLines, output).run();
 }
 
@@ -89,9 +89,9 @@ void addSendingOptions(CLI::App& command, ProvisionOptions& options) {
       command.add_flag("--mix-v3", options.mixed, "Mix version 3 frames into version 5");
   CLI::Option* const pace = command.add_option(
       "--pace", options.pace,
-      "14 values 0..255 with commas between, or a file of them: multicast length base, milliseconds after "
-      "each "
-      "datagram, cycle and block, repeats of sync, data and cycles, then the same for broadcast");
+      "default, fast, robust, or 14 values 0..255 with commas between, or a file of them: multicast length "
+      "base, milliseconds after each datagram, cycle and block, repeats of sync, data and cycles, then the "
+      "same for broadcast");
   version3->excludes(mixed)->excludes(append)->excludes(pace);
   options.appendOption = append;
   options.paceOption = pace;

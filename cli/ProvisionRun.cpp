@@ -57,6 +57,7 @@ int ProvisionRun::run() {
   namePort();
   tellStart();
   startSenders();
+  started_ = sendersRun();
   follow();
   stop();
   return tellEnd();
@@ -157,7 +158,7 @@ void ProvisionRun::tellProgress() {
 
 /// A channel that fails does not end the run while the other one goes on.
 void ProvisionRun::tellFailedChannel() {
-  const std::int32_t status = suite_.SmartConfigProgress();
+  const std::int32_t status = s_ZorDevice.smartStatus;
   if (status >= 0 || status == failure_) return;
   failure_ = status;
   output_.complain(explainSmartConfig(status));
@@ -171,6 +172,10 @@ std::string ProvisionRun::problem() const {
   if (interrupted_) return "stopped by a signal; every worker has ended";
   if (failure_ < 0 && Clock::now() - start_ < plan_.timeout)
     return "the run ended early: no channel could go on sending";
+  if (!started_) {
+    return "no sender started: another program may have taken UDP port " + std::to_string(port_) +
+           ", or the system gives no thread; end that program or raise 'ulimit -u', then try again";
+  }
   const std::string time = " within " + std::to_string(plan_.timeout.count()) + " s";
   if (modules_->count() > 0) {
     return "only " + std::to_string(modules_->count()) + " of " + std::to_string(plan_.expected) +
@@ -178,8 +183,7 @@ std::string ProvisionRun::problem() const {
   }
   return "no module announced itself" + time +
          ": check that the module waits for smart configuration, that SSID and pass phrase are right, that "
-         "this "
-         "computer is on the same 2.4 GHz network, and that a firewall lets UDP port " +
+         "this computer is on the same 2.4 GHz network, and that a firewall lets UDP port " +
          std::to_string(port_) + " in" + logLines_.failedSends();
 }
 
@@ -192,7 +196,7 @@ int ProvisionRun::tellEnd() {
   event["seconds"] = std::round(took * 10) / 10;
   if (!text.empty()) event["problem"] = text;
   output_.report(moduleCount(modules_->count()) + " provisioned after " + tookText + " s", event);
-  if (text.empty()) return kSuccess;
+  if (text.empty()) return output_.exitCode();
   output_.complain(text);
   return kFailure;
 }

@@ -63,6 +63,7 @@ class ProvisionRun {
   std::int32_t port_ = 0;
   std::vector<std::uint8_t> append_;
   std::int32_t failure_ = 0;  ///< The status of the channel that failed last, 0 without one.
+  bool started_ = false;      ///< A sender was there when the run began.
   bool interrupted_ = false;
   Clock::time_point start_;
   Clock::time_point nextProgress_;

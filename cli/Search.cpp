@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <memory>
 
 #include "ZOR/ZorSuite.h"
@@ -44,14 +43,13 @@ int tellEnd(Output& output, std::size_t count, bool interrupted, const LogLines&
   } else if (count == 0) {
     problem =
         "no module answered: check that the modules are on this network, that it lets its stations reach "
-        "each "
-        "other, and that a firewall lets answers in from UDP port 25000" +
+        "each other, and that a firewall lets answers in from UDP port 25000" +
         logLines.failedSends();
   }
   Json event = {{"event", "finished"}, {"ok", problem.empty()}, {"modules", count}};
   if (!problem.empty()) event["problem"] = problem;
   output.report(moduleCount(count) + " answered", event);
-  if (problem.empty()) return kSuccess;
+  if (problem.empty()) return output.exitCode();
   output.complain(problem);
   return kFailure;
 }
@@ -59,7 +57,7 @@ int tellEnd(Output& output, std::size_t count, bool interrupted, const LogLines&
 int search(const SearchOptions& options) {
   const LogLines logLines(options.verbose);
   const Interrupt interrupt;
-  Output output(options.json);
+  Output output(options, interrupt);
   bool first = true;
   const auto modules =
       std::make_shared<FoundModules>([&](const FoundModule& module) { showRow(output, module, first); });

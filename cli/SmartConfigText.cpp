@@ -25,9 +25,8 @@ std::string frameName(std::int32_t status) {
     case kZorBroadcastValueFailed:
       return "the broadcast channel found no socket for a value frame";
     case kZorBroadcastPositionFailed:
+    default:  // There is no other code.
       return "the broadcast channel found no socket for a position frame";
-    default:
-      return "a channel failed";
   }
 }
 

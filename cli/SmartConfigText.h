@@ -5,7 +5,7 @@
 
 namespace zor::cli {
 
-/// What the negative smart configuration status means and what to try, in one line.
+/// What a code of ZOR/facade/SmartConfigStatus.h means and what to try, in one line.
 std::string explainSmartConfig(std::int32_t status);
 
 }  // namespace zor::cli

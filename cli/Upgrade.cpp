@@ -32,6 +32,9 @@ void checkArguments(const UpgradeOptions& options) {
     throw WrongUse("the URL takes " + std::to_string(options.url.size()) + " bytes: give at most " +
                    std::to_string(kLongestUrl));
   }
+  if (options.url.find(',') != std::string::npos) {
+    throw WrongUse("the URL holds a comma, at which the module would end it: write %2C instead");
+  }
 }
 
 /// What the final `status` of an upgrade that failed means, and what to try.
@@ -104,7 +107,7 @@ int upgrade(const UpgradeOptions& options) {
   checkArguments(options);
   const LogLines logLines(options.verbose);
   const Interrupt interrupt;
-  Output output(options.json);
+  Output output(options, interrupt);
   ZorSuite suite;
   output.report("upgrading " + options.address + " from " + printable(options.url),
                 {{"event", "upgrading"}, {"address", options.address}, {"url", codePoints(options.url)}});
@@ -113,12 +116,15 @@ int upgrade(const UpgradeOptions& options) {
   const std::optional<std::int32_t> status = follow(suite, output, interrupt);
   Json event = {{"event", "finished"}, {"ok", status.value_or(0) >= kZorUpgradeDone}};
   if (!status) {
-    return fail(output, event, "stopped watching; the module goes on with the upgrade by itself");
+    const bool accepted = suite.DeviceUpgradeProgress() >= kZorUpgradeAccepted;
+    return fail(output, event,
+                accepted ? "stopped watching; the module goes on with the upgrade by itself"
+                         : "stopped watching; the module has not answered yet");
   }
   event["status"] = *status;
   if (*status < kZorUpgradeDone) return fail(output, event, explain(*status));
   output.report("100 %, done", event);
-  return kSuccess;
+  return output.exitCode();
 }
 
 }  // namespace

@@ -8,6 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include "receiver/DownloadFile.h"
+
 namespace zor::receiver {
 namespace {
 
@@ -18,7 +20,7 @@ std::string storingFailed() {
 }  // namespace
 
 Download::Download(const std::string& url, const std::string& interface, const std::string& path)
-    : fetch_(url, interface), file_(path), changed_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    : fetch_(url, interface), path_(path), changed_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   try {
     thread_ = std::thread([this] { run(); });
   } catch (const std::system_error&) {
@@ -54,14 +56,17 @@ void Download::run() {
 }
 
 std::string Download::fetch() {
-  if (!file_.open()) return storingFailed();
-  std::string failure =
-      fetch_.run([this](const char* octets, std::size_t length) { return file_.write(octets, length); },
-                 // The last percent is kept back until the file has its name.
-                 [this](int percent) {
-                   set({State::Phase::running, std::min(percent, 99), {}});
-                 });
-  if (failure.empty() && !file_.finish()) failure = storingFailed();
+  DownloadFile file(path_);
+  if (!file.open()) return storingFailed();
+  std::string failure = fetch_.run(
+      [&file](const char* octets, std::size_t length) {
+        return file.write(octets, length) ? std::string{} : storingFailed();
+      },
+      // The last percent is kept back until the file has its name.
+      [this](int percent) {
+        set({State::Phase::running, std::min(percent, 99), {}});
+      });
+  if (failure.empty() && !file.finish()) failure = storingFailed();
   return failure;
 }
 

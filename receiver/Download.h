@@ -4,7 +4,6 @@
 #include <string>
 #include <thread>
 
-#include "receiver/DownloadFile.h"
 #include "receiver/HttpFetch.h"
 
 namespace zor::receiver {
@@ -27,8 +26,8 @@ class Download {
   Download(const Download&) = delete;
   Download& operator=(const Download&) = delete;
 
-  /// Readable after a change of the state until takeState(); -1 if the system gave none. Belongs to this
-  /// object.
+  /// Readable after a change of the state until takeState(); -1 if the system gave none.
+  /// Belongs to this object.
   int descriptor() const { return changed_; }
 
   /// The state as it is now. Any thread, like the one below.
@@ -43,7 +42,7 @@ class Download {
   void set(State state);
 
   HttpFetch fetch_;
-  DownloadFile file_;
+  const std::string path_;
   int changed_;  ///< An eventfd.
   mutable std::mutex mutex_;
   State state_;

@@ -55,7 +55,8 @@ std::string FrameSource::configure() {
   pcap_set_immediate_mode(capture, 1);
   pcap_set_buffer_size(capture, kBufferOctets);
   const int status = pcap_activate(capture);
-  if (status < 0) {
+  // Without promiscuous mode the groups that nobody here has joined would stay unheard.
+  if (status < 0 || status == PCAP_WARNING_PROMISC_NOTSUP) {
     const std::string detail = pcap_geterr(capture);
     return pcap_statustostr(status) + (detail.empty() ? detail : ", " + detail);
   }

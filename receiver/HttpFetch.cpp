@@ -75,7 +75,10 @@ std::string HttpFetch::perform() {
       return curl_multi_strerror(code);
     }
     if (running == 0) break;
-    curl_multi_poll(loop_.get(), nullptr, 0, kNoTimeout, nullptr);
+    if (const CURLMcode code = curl_multi_poll(loop_.get(), nullptr, 0, kNoTimeout, nullptr);
+        code != CURLM_OK) {
+      return curl_multi_strerror(code);
+    }
   }
   if (running != 0) return "cancelled";
   int queued = 0;
@@ -102,10 +105,8 @@ bool HttpFetch::take(const char* octets, std::size_t length) {
     refusal_ = "the server sent more than it announced";
     return false;
   }
-  if (!onOctets_(octets, length)) {
-    refusal_ = "the file could not be stored";
-    return false;
-  }
+  refusal_ = onOctets_(octets, length);
+  if (!refusal_.empty()) return false;
   if (const int percent = static_cast<int>(received_ * 100 / length_); percent != percent_) {
     percent_ = percent;
     onPercent_(percent);

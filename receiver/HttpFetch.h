@@ -18,8 +18,8 @@ class HttpFetch {
   static constexpr long kMaxSilenceSeconds = 15;
   static constexpr long kMaxSeconds = 600;
 
-  /// Takes the file's next octets; false gives the fetch up.
-  using OctetHandler = std::function<bool(const char* octets, std::size_t length)>;
+  /// Takes the file's next octets. \return empty, or one line that says why the fetch is given up.
+  using OctetHandler = std::function<std::string(const char* octets, std::size_t length)>;
   /// Told how much of the file is here, 0 to 100 percent, when that has changed.
   using PercentHandler = std::function<void(int percent)>;
 
@@ -28,8 +28,7 @@ class HttpFetch {
 
   /// Blocks until the file is whole, something fails or cancel() is called. The handlers are called on this
   /// thread. Call it once.
-  /// \return empty when every octet was handed over, else why not: one line that quotes nothing of the
-  /// server.
+  /// \return empty when every octet was handed over, else why not: one line without a word of the server.
   std::string run(OctetHandler onOctets, PercentHandler onPercent);
 
   /// Makes run() return within milliseconds, unless a handler blocks. Any thread.

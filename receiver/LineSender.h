@@ -29,8 +29,8 @@ class LineSender {
   /// Opens what the misbehaviour needs. \return empty or one line that says why it could not.
   std::string open(const std::string& interface);
 
-  /// Sends a line that is nobody's answer. `line` has no line end yet, as below. \return true unless it
-  /// failed.
+  /// Sends a line that is nobody's answer. `line` has no line end yet, as below.
+  /// \return true unless it failed.
   bool notify(const std::string& line, const sockaddr_in& to);
 
   /// Sends an answer, now or when it is due.

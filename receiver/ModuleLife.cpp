@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "receiver/NetworkInterface.h"
+
 namespace zor::receiver {
 namespace {
 
@@ -14,6 +16,8 @@ using Kind = ModuleEvent::Kind;
 
 constexpr milliseconds kFramesReportInterval{100};
 constexpr milliseconds kNotificationInterval{200};
+/// A capture on an interface that was taken away just falls silent, so the module looks for itself.
+constexpr milliseconds kInterfaceCheckInterval{1000};
 constexpr int kNotifications = 5;
 /// Nobody pauses for so long within a run: what comes then is another run, news even if its credentials are
 /// not.
@@ -44,6 +48,7 @@ ModuleLife::ModuleLife(const VirtualModuleOptions& options, std::string pairs,
 
 std::string ModuleLife::run() {
   std::string error = start();
+  if (error.empty()) reportStart();
   while (error.empty()) {
     wait();
     if (isReadable(kStop)) break;
@@ -56,6 +61,12 @@ std::string ModuleLife::start() {
   return options_.provisioned ? server_.open(pairs_) : frames_.open(options_.interface);
 }
 
+void ModuleLife::reportStart() {
+  ModuleEvent event;
+  event.kind = Kind::started;
+  onEvent_(event);
+}
+
 void ModuleLife::wait() {
   const auto source = [](int descriptor) { return pollfd{descriptor, POLLIN, 0}; };
   // In the order of Source. Descriptors of -1, of what does not exist yet, are skipped by poll.
@@ -66,12 +77,12 @@ void ModuleLife::wait() {
 }
 
 int ModuleLife::millisecondsToWait() const {
-  std::optional<Instant> next = server_.sender().due();
-  const auto consider = [&next](Instant instant) { next = next ? std::min(*next, instant) : instant; };
+  Instant next = server_.sender().due().value_or(nextInterfaceCheck_);
+  const auto consider = [&next](Instant instant) { next = std::min(next, instant); };
+  consider(nextInterfaceCheck_);
   if (framesHeard_ != framesReported_) consider(nextFramesReport_);
   if (notificationsLeft_ > 0) consider(nextNotification_);
-  if (!next) return -1;
-  const auto left = std::chrono::ceil<milliseconds>(*next - std::chrono::steady_clock::now());
+  const auto left = std::chrono::ceil<milliseconds>(next - std::chrono::steady_clock::now());
   return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
 }
 
@@ -86,7 +97,14 @@ std::string ModuleLife::turn() {
   server_.sender().sendDue(now);
   if (notificationsLeft_ > 0 && now >= nextNotification_) announce(now);
   if (framesHeard_ != framesReported_ && now >= nextFramesReport_) reportFrames(now);
-  return {};
+  return now >= nextInterfaceCheck_ ? checkInterface(now) : std::string{};
+}
+
+std::string ModuleLife::checkInterface(Instant now) {
+  nextInterfaceCheck_ = now + kInterfaceCheckInterval;
+  const std::optional<NetworkInterface> interface = findInterface(options_.interface);
+  if (!interface) return "the interface " + options_.interface + " has disappeared";
+  return interface->isUp ? std::string{} : "the interface " + options_.interface + " is down";
 }
 
 std::string ModuleLife::hearFrames() {

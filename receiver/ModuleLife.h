@@ -20,8 +20,8 @@ class ModuleLife {
   using Instant = ModuleServer::Instant;
 
   /// The arguments outlive this object.
-  /// \param pairs which module this is, see ModuleServer. \param stopEvent readable once the module is
-  /// stopped.
+  /// \param pairs which module this is, see ModuleServer.
+  /// \param stopEvent readable once the module is stopped.
   ModuleLife(const VirtualModuleOptions& options, std::string pairs,
              const VirtualModule::EventHandler& onEvent, int stopEvent);
 
@@ -32,6 +32,8 @@ class ModuleLife {
   enum Source { kStop, kFrames, kRequests, kDownload, kSourceCount };
 
   std::string start();
+  void reportStart();
+  std::string checkInterface(Instant now);
   void wait();
   std::string turn();
   int millisecondsToWait() const;
@@ -48,6 +50,8 @@ class ModuleLife {
   const VirtualModule::EventHandler& onEvent_;
   const int stopEvent_;
   std::array<pollfd, kSourceCount> sources_{};
+
+  Instant nextInterfaceCheck_{};
 
   FrameSource frames_;
   Decoder decoder_;

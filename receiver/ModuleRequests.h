@@ -38,9 +38,8 @@ struct ModuleRequest {
 };
 
 /// Reads the request in a datagram that may hold anything. A pure function.
-/// \return nothing if the datagram is not a request that could be answered: too long, another tag, or no
-/// 32-bit
-///         decimal id. Else the request, whose `result` says whether it can be obeyed.
+/// \return nothing if the datagram is not a request that could be answered: too long, another tag, or
+///         no 32-bit decimal id. Else the request, whose `result` says whether it can be obeyed.
 std::optional<ModuleRequest> readModuleRequest(std::string_view datagram);
 
 }  // namespace zor::receiver

@@ -27,9 +27,8 @@ class ModuleSocket {
   int descriptor() const { return descriptor_; }
 
   /// Takes the next datagram.
-  /// \return nothing when none waits; else its octets, valid as long as `buffer`, or no octets at all when
-  /// the
-  ///         datagram did not fit: a line that was cut says something else than the whole one.
+  /// \return nothing when none waits; else its octets, valid as long as `buffer`, or no octets at all
+  ///         when the datagram did not fit: a line that was cut says something else than the whole one.
   std::optional<std::string_view> receive(std::span<char> buffer, sockaddr_in& from) const;
 
   /// Sends one datagram. \return 0 or the system's error number.

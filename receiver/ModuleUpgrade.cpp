@@ -37,6 +37,12 @@ int ModuleUpgrade::command(const ModuleRequest& request, const std::string& inte
       download_ = std::make_unique<Download>(url_, interface, path_);
     }
   }
+  if (event.result != ret::kAccepted) {
+    // Refusals cost their sender nothing, so a flood of them is one event.
+    const bool isRepetition = now - latestRefusal_ < kRepetition;
+    latestRefusal_ = now;
+    if (isRepetition) return event.result;
+  }
   onEvent_(event);
   return event.result;
 }

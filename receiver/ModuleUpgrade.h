@@ -46,6 +46,7 @@ class ModuleUpgrade {
   std::string url_;
   std::int32_t commandId_ = 0;
   Instant latestCommand_{};
+  Instant latestRefusal_{};
 };
 
 }  // namespace zor::receiver

@@ -2,6 +2,7 @@
 
 #include <ifaddrs.h>
 #include <linux/if_packet.h>
+#include <net/if.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@ std::optional<NetworkInterface> findInterface(const std::string& name) {
   for (const ifaddrs* entry = addresses; entry != nullptr; entry = entry->ifa_next) {
     if (name != entry->ifa_name) continue;
     if (!found) found.emplace();
+    found->isUp = (entry->ifa_flags & IFF_UP) != 0;
     if (entry->ifa_addr == nullptr) continue;
     if (entry->ifa_addr->sa_family == AF_INET) found->hasIpv4 = true;
     if (entry->ifa_addr->sa_family == AF_PACKET) {

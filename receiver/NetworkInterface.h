@@ -9,7 +9,8 @@ namespace zor::receiver {
 
 /// What the system knows about a network interface at the moment of asking.
 struct NetworkInterface {
-  MacAddress mac{};      ///< All zero when it has none.
+  MacAddress mac{};  ///< All zero when it has none.
+  bool isUp = false;
   bool hasIpv4 = false;  ///< True when it has an IPv4 address of its own.
 };
 

@@ -40,12 +40,14 @@ struct VirtualModuleOptions {
 /// Something that happened to a virtual module. `text` never holds control characters.
 struct ModuleEvent {
   enum class Kind {
+    started,           ///< Everything it needs is open; comes once, before all others.
     frames,            ///< `frames` and `progress`; at most ten times a second.
     decoded,           ///< `credentials` were decoded and accepted: the module joins.
     refused,           ///< `credentials` were decoded but are not those of its network.
     announced,         ///< The first notification went to `port`; `text` is its line.
     infoRequest,       ///< `text` is who asked, as "address:port".
-    upgradeRequest,    ///< `text` is the URL, empty if `result` is negative. Repetitions are not reported.
+    upgradeRequest,    ///< `text` is the URL, empty if `result` is negative. Comes neither for repetitions
+                       ///< nor for a refusal within 2 s of another.
     downloadProgress,  ///< `percent` of the file are here.
     downloadDone,      ///< The file is whole; `text` is its path, empty when it was dropped.
     downloadFailed,    ///< `text` says why, `result` is what the status is from now on.
@@ -66,21 +68,18 @@ struct ModuleEvent {
 /// was told the network's credentials behaves as a module inside does.
 ///
 /// 1. It keeps decoding after it joined: version 5 credentials, which may name a notification port, can
-/// follow
-///    version 3 ones, which cannot. Credentials that it accepts make it announce itself again.
-/// 2. A notification goes to the limited broadcast address five times, 200 ms apart, to the port that the
-/// append
-///    bytes name (01, low octet, high octet) or to 25010.
-/// 3. Once joined it answers on UDP port 25000. When the interface has an IPv4 address, its sockets are bound
-/// to
-///    that interface; when it has none, the module borrows the host's addresses and routes.
+///    follow version 3 ones, which cannot. Credentials that it accepts make it announce itself again.
+/// 2. A notification goes to the limited broadcast address five times, 200 ms apart, to the port that
+///    the append bytes name (01, low octet, high octet) or to 25010.
+/// 3. Once joined it answers on UDP port 25000. When the interface has an IPv4 address, its sockets are
+///    bound to that interface; when it has none, the module borrows the host's addresses and routes.
 /// 4. Datagrams and servers are not trusted: ModuleRequests.h and Download.h name the limits.
 class VirtualModule {
  public:
   using EventHandler = std::function<void(const ModuleEvent&)>;
 
-  /// Opens nothing yet. `onEvent` is called on the thread of run(), one call at a time, and must not block
-  /// long.
+  /// Opens nothing yet. `onEvent` is called on the thread of run(), one call at a time, and must not
+  /// block long.
   VirtualModule(VirtualModuleOptions options, EventHandler onEvent);
   ~VirtualModule();
   VirtualModule(const VirtualModule&) = delete;
@@ -90,8 +89,8 @@ class VirtualModule {
   /// \return empty after a stop, else one line that says why the module could not live on.
   std::string run();
 
-  /// Makes run() return within 100 ms, at once if it is called before run(). Any thread; from signal handlers
-  /// too.
+  /// Makes run() return within 100 ms, at once if it is called before run(). Any thread, and signal
+  /// handlers too.
   void stop();
 
  private:

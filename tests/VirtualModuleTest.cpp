@@ -111,6 +111,23 @@ TEST(VirtualModule, SaysWhyItCannotLive) {
   EXPECT_EQ(RunningModule(optionsOf(true)).join(), "cannot open UDP port 25000: Address already in use");
 }
 
+TEST(VirtualModule, EndsWithItsInterface) {
+  ASSERT_EQ(std::system("ip link add zor2 type veth peer name zor3 && ip link set zor2 up"), 0);
+  const struct {
+    const char *command, *error;
+  } kCases[] = {{"ip link set zor2 down", "the interface zor2 is down"}, {"ip link del zor2", "disappeared"}};
+  for (const auto& [command, error] : kCases) {
+    ASSERT_EQ(std::system("ip link set zor2 up"), 0);
+    VirtualModuleOptions options = optionsOf(false);
+    options.interface = "zor2";
+    RunningModule module(options);
+    ASSERT_TRUE(module.waitFor(Kind::started));
+    ASSERT_EQ(std::system(command), 0);
+    const std::string end = module.join();
+    EXPECT_NE(end.find(error), std::string::npos) << end;
+  }
+}
+
 class Upgrade : public testing::Test {
  protected:
   Upgrade() { mkdtemp(directory_); }
@@ -195,7 +212,6 @@ TEST_F(Upgrade, KeepsNothingOfWhatIsNotAWholeFile) {
     phone_.send(kStatus);
     EXPECT_EQ(phone_.receive().text, "xcmd_rsp:321:status=-6\r\n");
     EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=-6\r\n");
-    module.stop();
     EXPECT_EQ(filesLeft(), 0U) << response;
   }
 }

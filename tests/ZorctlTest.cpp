@@ -1,4 +1,5 @@
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -34,6 +35,7 @@ class Zorctl {
     dup2(standardOutput >= 0 ? standardOutput : fileno(out_), STDOUT_FILENO);
     dup2(fileno(err_), STDERR_FILENO);
     freopen("/dev/null", "r", stdin);
+    signal(SIGINT, SIG_DFL);  // A background job inherits it ignored.
     execv(ZORCTL, argv.data());
     _exit(127);
   }
@@ -46,7 +48,7 @@ class Zorctl {
   Zorctl(const Zorctl&) = delete;
   Zorctl& operator=(const Zorctl&) = delete;
 
-  void interrupt() { kill(process_, SIGINT); }
+  void interrupt(int signalNumber = SIGINT) { kill(process_, signalNumber); }
 
   /// The exit code, 128 and the signal's number for one that a signal ended.
   int wait() {
@@ -147,6 +149,7 @@ TEST(Zorctl, ToldWhatCannotBeSaysSoInOneLine) {
       {{"provision", "--ssid", ssid32, "--pass", std::string(64, 'p'), "--append", "01"}, "room for 0 bytes"},
       {{"provision", "--ssid", "s", "--pass", "p", "--pass-file", "f"}, "excludes"},
       {{"provision", "--ssid", "s", "--pass-file", "/no/such"}, "cannot read '/no/such'"},
+      {{"provision", "--ssid", "s", "--pass-file", "/dev/null"}, "--pass ''"},
       {{"provision", "--ssid", "s", "--pass", "p", "--timeout", "0"}, "--timeout"},
       {{"provision", "--ssid", "s", "--pass", "p", "--v3", "--mix-v3"}, "excludes"},
       {{"provision", "--ssid", "s", "--pass", "p", "--v3", "--append", "01"}, "excludes"},
@@ -155,6 +158,7 @@ TEST(Zorctl, ToldWhatCannotBeSaysSoInOneLine) {
        "'256'"},
       {{"provision", "--ssid", "s", "--pass", "p", "--pace", "0,30,100,0,1,1,5,0,15,100,0,1,1,5"},
        "both channels"},
+      {{"provision", "--ssid", "s", "--pass", "p", "--pace", "/no,such"}, "cannot read the file '/no,such'"},
       {{"listen", "--port", "65535"}, "--port"},
       {{"module", "--interface", "zor1", "--misbehave", "badly"}, "--misbehave"},
       {{"module", "--interface", "zor1", "--mac", "a,b"}, "without commas"},
@@ -163,6 +167,7 @@ TEST(Zorctl, ToldWhatCannotBeSaysSoInOneLine) {
       {{"upgrade", "1.2.3", "http://a/b"}, "no IPv4 address"},
       {{"upgrade", "1.2.3.04", "http://a/b"}, "no IPv4 address"},
       {{"upgrade", "1.2.3.4", "http://a/" + std::string(504, 'b')}, "takes 513 bytes"},
+      {{"upgrade", "1.2.3.4", "http://a/b,c"}, "%2C"},
   };
   for (const auto& c : cases) {
     Zorctl zorctl(c.arguments);
@@ -178,7 +183,7 @@ TEST(Zorctl, FailedRunsSayWhy) {
     Arguments arguments;
     const char* says;
   } cases[] = {
-      {{"provision", "--ssid", "s", "--pass=", "--timeout", "1"}, "no module announced itself within 1 s"},
+      {{"provision", "--ssid", "s", "--pass=", "--timeout", "1", "--pace", "fast"}, "no module announced"},
       {{"search", "--count", "2", "--interval", "10"}, "no module answered"},
       {{"upgrade", "10.77.0.1", "https://a/b"}, "(-111)"},
       {{"upgrade", "10.77.0.1", "http://a"}, "(-112)"},
@@ -213,7 +218,7 @@ TEST(Zorctl, ProvisionStopsOnceTheModulesAreThereAndKeepsThePassPhraseToItself) 
   const Udp module;
   Zorctl zorctl({"provision", "--ssid", "s", "--pass", "secret", "--expect", "2", "--json", "--verbose"});
   const auto announce = [&] {
-    for (const char* mac : {"A", "A", "B"})
+    for (const char* mac : {"A", "", "A", "B"})
       module.send(std::string("xcmd_notify:1:mac=") + mac + ",ver=1", kDefaultPort);
   };
   EXPECT_TRUE(zorctl.prints("\"finished\"", announce)) << zorctl.out();
@@ -256,11 +261,18 @@ TEST(Zorctl, UpgradeTellsTheModulesOwnCodeAndLeavesOnInterrupt) {
   EXPECT_EQ(refused.wait(), 1);
   EXPECT_EQ(refused.event("finished").at("status"), -2);
 
-  Zorctl left({"upgrade", "10.77.0.9", "http://10.77.0.1/f"});
-  ASSERT_TRUE(left.prints("command sent"));
-  left.interrupt();
-  EXPECT_EQ(left.wait(), 1);
-  EXPECT_NE(left.err().find("goes on with the upgrade by itself"), std::string::npos) << left.err();
+  const struct {
+    const char *address, *phase, *says;
+    int signalNumber;
+  } cases[] = {{"10.77.0.9", "command sent", "has not answered yet", SIGHUP},
+               {"10.77.0.1", "accepted", "goes on with the upgrade by itself", SIGQUIT}};
+  for (const auto& c : cases) {
+    Zorctl left({"upgrade", c.address, "http://10.77.0.9/f"});
+    ASSERT_TRUE(left.prints(c.phase));
+    left.interrupt(c.signalNumber);
+    EXPECT_EQ(left.wait(), 1);
+    EXPECT_NE(left.err().find(c.says), std::string::npos) << left.err();
+  }
 }
 
 TEST(Zorctl, StdoutThatNobodyReadsIsNoCrash) {
@@ -270,6 +282,12 @@ TEST(Zorctl, StdoutThatNobodyReadsIsNoCrash) {
   Zorctl zorctl({"search", "--count", "1"}, pipe[1]);
   close(pipe[1]);
   EXPECT_EQ(zorctl.wait(), 1);
+
+  const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+  Zorctl listener({"listen"}, full);
+  close(full);
+  EXPECT_EQ(listener.wait(), 1);
+  EXPECT_TRUE(isOneLine(listener.err())) << listener.err();
 }
 
 }  // namespace

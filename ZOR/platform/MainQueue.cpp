@@ -135,10 +135,14 @@ class MainQueue {
 };
 
 /// Made at first use and never destroyed, because workers post to it until the process is gone.
-/// Null when there is no memory for it.
+/// Null when there is no memory for it; a later call tries again.
 MainQueue* mainQueue() {
-  static MainQueue* const queue = new (std::nothrow) MainQueue;
-  return queue;
+  try {
+    static MainQueue& queue = *new MainQueue;
+    return &queue;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ class Module {
     descriptor_ = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const int on = 1;
     setsockopt(descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    setsockopt(descriptor_, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
     const sockaddr_in local = at(port, address);
     if (bind(descriptor_, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
       close(descriptor_);
