@@ -22,7 +22,7 @@ void FoundModules::onSmartFound(const std::string& moduleId, const std::string& 
   take({moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT});
 }
 
-void FoundModules::take(FoundModule module) {
+void FoundModules::take(const FoundModule& module) {
   if (!module.id.empty() && ids_.size() < kMostCounted) ids_.insert(module.id);
   onFound_(module);
 }

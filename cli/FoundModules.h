@@ -34,7 +34,7 @@ class FoundModules : public ZorSuiteDelegate {
                     const std::string& MODULE_CAP, const std::string& MODULE_EXT) override;
 
  private:
-  void take(FoundModule module);
+  void take(const FoundModule& module);
 
   std::function<void(const FoundModule&)> onFound_;
   std::set<std::string> ids_;

@@ -1,6 +1,7 @@
 #include "cli/LogLines.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -35,9 +36,12 @@ std::string LogLines::failedSends() const {
 }
 
 void LogLines::take(State& state, const char* line) {
-  int error = 0;
-  if (std::sscanf(line, "m)warning %d", &error) == 1) state.multicastError = error;
-  if (std::sscanf(line, "b)warning %d", &error) == 1) state.broadcastError = error;
+  constexpr std::string_view kWarning = ")warning ";
+  const std::string_view text(line);
+  if (text.size() > kWarning.size() && text.substr(1, kWarning.size()) == kWarning) {
+    const long error = std::strtol(line + 1 + kWarning.size(), nullptr, 10);
+    (text[0] == 'm' ? state.multicastError : state.broadcastError) = static_cast<int>(error);
+  }
   if (state.verbose) std::fprintf(stderr, "log: %s\n", masked(line).c_str());
 }
 

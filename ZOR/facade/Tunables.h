@@ -13,7 +13,9 @@ class ZOR_API ZorTunable {
  public:
   constexpr ZorTunable(std::int32_t value) : value_(value) {}  // NOLINT: reads like an integer
   ZorTunable(const ZorTunable&) = delete;
-  ZorTunable& operator=(const ZorTunable& other) { return *this = std::int32_t{other}; }
+  ZorTunable& operator=(const ZorTunable& other) {  // NOLINT(cert-oop54-cpp): to itself is no harm
+    return *this = std::int32_t{other};
+  }
 
   ZorTunable& operator=(std::int32_t value);
   operator std::int32_t() const { return value_.load(); }  // NOLINT: reads like an integer
