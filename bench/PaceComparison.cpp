@@ -1,0 +1,65 @@
+// What the named paces buy, in virtual time, and what they cost the channel.
+
+#include "bench/simulator/Cases.h"
+#include "bench/support/Program.h"
+#include "bench/support/Statistics.h"
+
+namespace zor::bench {
+namespace {
+
+struct Sent {
+  NamedSecret packet;
+  NamedRadio air;
+  NamedChannels choice;
+};
+
+/// Both channels through every kind of air; each alone, as some access points pass on only one, through one.
+std::vector<Sent> makeCases() {
+  std::vector<Sent> cases;
+  for (const NamedSecret& packet : secrets()) {
+    for (const NamedRadio& air : radios()) cases.push_back({packet, air, {"both", Channels()}});
+    cases.push_back({packet, radios().front(), {"multicast", {true, false, false}}});
+    cases.push_back({packet, radios().front(), {"broadcast", {false, true, false}}});
+  }
+  return cases;
+}
+
+void addRows(Table& table, const Sent& sent, int loss, int runs) {
+  Summary baseline;
+  for (const NamedPace& pace : paces()) {
+    const PhonePlan phone = makePlan(sent.packet.secret, pace.pace, sent.choice.channels);
+    const Summary summary = summarize(runTrials({{&phone}, withLoss(sent.air.radio, loss)}, runs));
+    if (pace.pace == kDefaultPace) baseline = summary;
+    table.add({{"packet", sent.packet.name},
+               {"losses", sent.air.name},
+               {"sent", sent.choice.name},
+               {"loss %", loss},
+               {"pace", pace.name},
+               {"air time %", 100 * phone.airTimeShare()},
+               {"median s", summary.median},
+               {"p95 s", summary.p95},
+               {"median to default", ratio(summary.median, baseline.median)},
+               {"p95 to default", ratio(summary.p95, baseline.p95)}});
+  }
+}
+
+int run(int argc, char** argv) {
+  Program program("Simulated time to provision with the paces default, fast and robust");
+  int runs = 200;
+  program.options().add_option("--runs", runs, "Runs of each case");
+  program.parse(argc, argv);
+
+  Table table("paces", "Time to provision with the named paces");
+  for (const Sent& sent : makeCases()) {
+    for (const int loss : losses()) addRows(table, sent, loss, runs);
+  }
+  program.print(table);
+  return 0;
+}
+
+}  // namespace
+}  // namespace zor::bench
+
+int main(int argc, char** argv) {
+  return zor::bench::run(argc, argv);
+}

@@ -1,0 +1,124 @@
+// Looks for pacing that provisions sooner than a given one, in virtual time: changes one value after the
+// other as long as that helps, within limits for the shortest interval and for the time on the air.
+
+#include <cmath>
+#include <iostream>
+
+#include "bench/simulator/Cases.h"
+#include "bench/support/Program.h"
+#include "bench/support/Statistics.h"
+
+namespace zor::bench {
+namespace {
+
+struct Limits {
+  int shortestInterval = 8;
+  double mostAirTime = 0.5;
+};
+
+struct Case {
+  const Secret* secret;
+  Channels channels;
+  RadioConditions radio;
+};
+
+/// What a pace must be good at: both channels through every kind of air, and each channel alone, because some
+/// access points pass on only one of them.
+std::vector<Case> makeCases(const std::vector<int>& lossPercents) {
+  std::vector<Case> cases;
+  for (const NamedSecret& packet : secrets()) {
+    for (const int loss : lossPercents) {
+      for (const NamedRadio& air : radios()) {
+        cases.push_back({&packet.secret, {true, true, false}, withLoss(air.radio, loss)});
+      }
+      cases.push_back({&packet.secret, {true, false, false}, withLoss(radios().front().radio, loss)});
+      cases.push_back({&packet.secret, {false, true, false}, withLoss(radios().front().radio, loss)});
+    }
+  }
+  return cases;
+}
+
+/// 95th percentiles in seconds, one for each case.
+std::vector<double> measure(const Pace& pace, const std::vector<Case>& cases, int runs) {
+  std::vector<double> seconds;
+  for (const Case& one : cases) {
+    const PhonePlan phone = makePlan(*one.secret, pace, one.channels);
+    seconds.push_back(summarize(runTrials({{&phone}, one.radio}, runs)).p95);
+  }
+  return seconds;
+}
+
+/// Geometric mean of the times' ratios.
+double score(const std::vector<double>& seconds, const std::vector<double>& baseline) {
+  double sum = 0;
+  for (std::size_t i = 0; i < seconds.size(); ++i) sum += std::log(seconds[i] / baseline[i]);
+  return std::exp(sum / static_cast<double>(seconds.size()));
+}
+
+double airTime(const Pace& pace) {
+  return makePlan(secrets().front().secret, pace, Channels()).airTimeShare();
+}
+
+/// The values that are tried for each place of a pace; none for places that stay.
+std::vector<int> choicesFor(std::size_t place, const Limits& limits) {
+  const bool interval = place == 1 || place == 8;
+  const bool loopInterval = place == 2 || place == 9;
+  const bool repeats = place == 4 || place == 5 || place == 11 || place == 12;
+  std::vector<int> choices;
+  if (interval) choices = {4, 5, 6, 8, 9, 10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 25, 28, 30, 35, 40, 50};
+  if (loopInterval) choices = {0, 5, 10, 15, 20, 30, 40, 60, 80, 100};
+  if (repeats) choices = {1, 2, 3};
+  if (interval) std::erase_if(choices, [&](int value) { return value < limits.shortestInterval; });
+  return choices;
+}
+
+std::string textOf(const Pace& pace) {
+  std::string text;
+  for (const int value : pace) text += (text.empty() ? "" : ",") + std::to_string(value);
+  return text;
+}
+
+int run(int argc, char** argv) {
+  Program program("Search for pacing values, scored by 95th percentiles against the default pace");
+  Limits limits;
+  std::vector<int> lossPercents = {30};
+  int runs = 200;
+  int sweeps = 2;
+  program.options().add_option("--shortest-interval", limits.shortestInterval,
+                               "Least wait after a datagram, ms");
+  program.options().add_option("--most-air-time", limits.mostAirTime,
+                               "Most time on the air, share at 1 Mbit/s");
+  program.options().add_option("--loss", lossPercents, "Losses to be good at, per cent");
+  program.options().add_option("--runs", runs, "Runs of each case");
+  program.options().add_option("--sweeps", sweeps, "How often each value is varied");
+  program.parse(argc, argv);
+
+  const std::vector<Case> cases = makeCases(lossPercents);
+  const std::vector<double> baseline = measure(kDefaultPace, cases, runs);
+  Pace best = kDefaultPace;
+  double bestScore = 1;
+  Table table("pace-search", "Steps of the search; score: 95th percentiles to those of the default pace");
+  for (std::size_t step = 0; step < static_cast<std::size_t>(sweeps) * best.size(); ++step) {
+    const std::size_t place = step % best.size();
+    Pace tried = best;
+    for (const int value : choicesFor(place, limits)) {
+      tried[place] = static_cast<std::uint8_t>(value);
+      if (tried == best || airTime(tried) > limits.mostAirTime) continue;
+      const double result = score(measure(tried, cases, runs), baseline);
+      if (result >= bestScore) continue;
+      bestScore = result;
+      best = tried;
+      table.add(
+          {{"pace", textOf(best)}, {"air time %", 100 * airTime(best)}, {"score to default", bestScore}});
+    }
+  }
+  program.print(table);
+  return 0;
+}
+
+}  // namespace
+}  // namespace zor::bench
+
+int main(int argc, char** argv) {
+  return zor::bench::run(argc, argv);
+}

@@ -1,0 +1,62 @@
+// How long a module waits for its credentials, in virtual time: the library's schedules, a lossy air, the
+// receiver's decoder; against a receiver that knows all beforehand.
+
+#include "bench/simulator/Cases.h"
+#include "bench/support/Program.h"
+#include "bench/support/Statistics.h"
+
+namespace zor::bench {
+namespace {
+
+Row makeRow(const std::string& packet, const std::string& air, const std::string& sends, int lossPercent,
+            const Summary& summary) {
+  return {{"packet", packet},
+          {"losses", air},
+          {"sent", sends},
+          {"loss %", lossPercent},
+          {"median s", summary.median},
+          {"p95 s", summary.p95},
+          {"bound median s", summary.boundMedian},
+          {"bound p95 s", summary.boundP95},
+          {"median to bound", ratio(summary.median, summary.boundMedian)},
+          {"p95 to bound", ratio(summary.p95, summary.boundP95)},
+          {"wrong", summary.wrong}};
+}
+
+void addRows(Table& table, const std::string& sends, const NamedSecret& packet,
+             const std::vector<const PhonePlan*>& phones, int runs) {
+  for (const NamedRadio& air : radios()) {
+    for (const int loss : losses()) {
+      const Scenario scenario{phones, withLoss(air.radio, loss)};
+      table.add(makeRow(packet.name, air.name, sends, loss, summarize(runTrials(scenario, runs))));
+    }
+  }
+}
+
+int run(int argc, char** argv) {
+  Program program("Simulated time until a module has its credentials, against the least possible");
+  int runs = 200;
+  program.options().add_option("--runs", runs, "Runs of each case");
+  program.parse(argc, argv);
+
+  Table table("provision",
+              "Time to provision, default pacing; bound: an all-knowing receiver of the same frames");
+  for (const NamedSecret& packet : secrets()) {
+    for (const NamedChannels& choice : channelChoices()) {
+      const PhonePlan phone = makePlan(packet.secret, kDefaultPace, choice.channels);
+      addRows(table, choice.name, packet, {&phone}, runs);
+    }
+    const PhonePlan phone = makePlan(packet.secret, kDefaultPace, Channels());
+    const PhonePlan other = makePlan({"Neighbour", "another pass phrase", {}}, kDefaultPace, Channels());
+    addRows(table, "both x 2 phones", packet, {&phone, &other}, runs);
+  }
+  program.print(table);
+  return 0;
+}
+
+}  // namespace
+}  // namespace zor::bench
+
+int main(int argc, char** argv) {
+  return zor::bench::run(argc, argv);
+}

@@ -1,0 +1,120 @@
+// How exactly the frames of a version 5 run keep to their schedule.
+//
+// The real workers send through one end of a veth pair; the kernel stamps what arrives at the other.
+
+#include <cmath>
+#include <iostream>
+
+#include "ZOR/ZorSuite.h"
+#include "bench/support/CountedSleepRun.h"
+#include "bench/support/FrameCapture.h"
+#include "bench/support/Program.h"
+#include "bench/support/RecordedSchedule.h"
+#include "bench/support/Statistics.h"
+
+namespace zor::bench {
+namespace {
+
+constexpr const char* kSsid = "HomeWifi1";
+constexpr const char* kPassPhrase = "password1234";
+constexpr std::int32_t kNoTimeout = 3'600'000;
+
+struct Spacing {
+  std::vector<double> gapErrorsMs;
+  double driftPercent = 0;
+};
+
+/// The nominal time from frame `index` of an endless run to the next, milliseconds.
+std::int64_t nominalGap(const RecordedSchedule& schedule, std::size_t index) {
+  const std::size_t here = index % schedule.frames.size();
+  const bool last = here + 1 == schedule.frames.size();
+  const std::int64_t next =
+      last ? schedule.periodMs + schedule.frames.front().ms : schedule.frames[here + 1].ms;
+  return next - schedule.frames[here].ms;
+}
+
+Spacing compare(const RecordedSchedule& schedule, const std::vector<CapturedFrame>& frames) {
+  Spacing spacing;
+  std::int64_t nominalMs = 0;
+  for (std::size_t i = 0; i + 1 < frames.size(); ++i) {
+    const ScheduledFrame& expected = schedule.frames[i % schedule.frames.size()];
+    if (frames[i].length != expected.length || frames[i].destination != expected.destination) {
+      std::cerr << "frame " << i << " is not the schedule's: the capture lost frames\n";
+      std::exit(1);
+    }
+    const std::int64_t gapMs = nominalGap(schedule, i);
+    const double passedMs = static_cast<double>(frames[i + 1].ns - frames[i].ns) / 1e6;
+    spacing.gapErrorsMs.push_back(std::fabs(passedMs - static_cast<double>(gapMs)));
+    nominalMs += gapMs;
+  }
+  if (nominalMs == 0) return spacing;
+  const double spanMs = static_cast<double>(frames.back().ns - frames.front().ns) / 1e6;
+  spacing.driftPercent = 100 * (spanMs / static_cast<double>(nominalMs) - 1);
+  return spacing;
+}
+
+std::vector<Spacing> judge(const FrameCapture& capture, const RunInputs& inputs) {
+  return {compare(recordMulticast(inputs), capture.frames(true)),
+          compare(recordBroadcast(inputs), capture.frames(false))};
+}
+
+std::vector<Spacing> measureLibrary(const RunInputs& inputs, double seconds) {
+  FrameCapture capture("zor1");
+  ZorSuite suite;
+  suite.SmartConfigV5_Start(kSsid, kPassPhrase, kNoTimeout);
+  capture.drainFor(seconds);
+  suite.SmartConfigStop();
+  s_threadSmartConfigBc.waitUntilEmpty();
+  s_threadSmartConfigMc.waitUntilEmpty();
+  return judge(capture, inputs);
+}
+
+std::vector<Spacing> measureBaseline(const RunInputs& inputs, double seconds) {
+  FrameCapture capture("zor1");
+  {
+    const CountedSleepRun run(inputs);
+    capture.drainFor(seconds);
+  }
+  return judge(capture, inputs);
+}
+
+Row makeRow(const char* channel, const char* waits, const Spacing& spacing, const Spacing& baseline) {
+  const std::vector<double>& errors = spacing.gapErrorsMs;
+  return {{"channel", channel},
+          {"waits", waits},
+          {"gaps", errors.size()},
+          {"median error ms", median(errors)},
+          {"p99 error ms", percentile(errors, 0.99)},
+          {"max error ms", percentile(errors, 1)},
+          {"drift %", spacing.driftPercent},
+          {"median to baseline", ratio(median(errors), median(baseline.gapErrorsMs))},
+          {"drift to baseline", ratio(std::fabs(spacing.driftPercent), std::fabs(baseline.driftPercent))}};
+}
+
+int run(int argc, char** argv) {
+  Program program("Spacing of the frames of a version 5 run against its schedule");
+  double seconds = 10;
+  program.options().add_option("--seconds", seconds, "Length of each of the two runs");
+  program.parse(argc, argv);
+  Program::requireNamespace();
+  ZorSetLogSink([](const char*) {});
+
+  const RunInputs inputs = makeInputs(kSsid, kPassPhrase);
+  const std::vector<Spacing> library = measureLibrary(inputs, seconds);
+  const std::vector<Spacing> baseline = measureBaseline(inputs, seconds);
+  Table table("spacing", "Spacing of frames, default pacing, error of each gap against the schedule");
+  for (std::size_t channel = 0; channel < library.size(); ++channel) {
+    const char* const name = channel == 0 ? "multicast" : "broadcast";
+    table.add(makeRow(name, "library", library[channel], baseline[channel]));
+    table.add(makeRow(name, "counted 1 ms sleeps", baseline[channel], baseline[channel]));
+  }
+  program.print(table);
+  return 0;
+}
+
+}  // namespace
+}  // namespace zor::bench
+
+int main(int argc, char** argv) {
+  return zor::bench::run(argc, argv);
+}

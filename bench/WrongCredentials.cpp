@@ -1,0 +1,100 @@
+// Looks for credentials that nobody sent: many simulated runs with random packets under every kind of loss,
+// of one phone and of two at once.
+
+#include <algorithm>
+#include <iostream>
+
+#include "bench/simulator/Cases.h"
+#include "bench/support/Program.h"
+#include "bench/support/Statistics.h"
+
+namespace zor::bench {
+namespace {
+
+/// Any bytes but NUL, which ends a text.
+std::string randomText(Random& random, std::int64_t longest) {
+  std::string text(static_cast<std::size_t>(random.below(longest + 1)), '\0');
+  for (char& c : text) c = static_cast<char>(1 + random.below(255));
+  return text;
+}
+
+Secret randomSecret(Random& random) {
+  Secret secret{randomText(random, 32), randomText(random, 64), {}};
+  const auto room = static_cast<std::int64_t>(96 - secret.ssid.size() - secret.passPhrase.size());
+  secret.append.resize(static_cast<std::size_t>(random.below(std::min<std::int64_t>(room, 16) + 1)));
+  for (std::uint8_t& byte : secret.append) byte = static_cast<std::uint8_t>(random.below(256));
+  return secret;
+}
+
+template <class T>
+const T& oneOf(const std::vector<T>& choices, Random& random) {
+  return choices[static_cast<std::size_t>(random.below(static_cast<std::int64_t>(choices.size())))];
+}
+
+/// Most phones keep the default pace.
+PhonePlan randomPlan(Random& random) {
+  const Pace pace = random.below(2) == 1 ? kDefaultPace : oneOf(paces(), random).pace;
+  const Channels channels = oneOf(channelChoices(), random).channels;
+  return makePlan(randomSecret(random), pace, channels);
+}
+
+struct Tally {
+  double runs = 0;
+  double complete = 0;
+  double wrong = 0;
+};
+
+/// Says how to see a wrong report again.
+void tell(std::uint64_t seed, int runsPerPacket, const receiver::Credentials& credentials) {
+  std::cerr << "wrong credentials with --seed " << seed << " --runs " << runsPerPacket
+            << " --runs-per-packet " << runsPerPacket << ": version "
+            << static_cast<int>(credentials.encoding) << ", lengths " << credentials.ssid.size() << " + "
+            << credentials.passPhrase.size() << " + " << credentials.append.size() << "\n";
+}
+
+int run(int argc, char** argv) {
+  Program program("Simulated runs of random packets, counting credentials that no phone sent");
+  int runs = 20'000;
+  int runsPerPacket = 20;
+  std::uint64_t seed = 1;
+  program.options().add_option("--runs", runs, "Runs in all");
+  program.options().add_option("--runs-per-packet", runsPerPacket, "Runs of each pair of random packets");
+  program.options().add_option("--seed", seed, "Seed of the packets and of the runs");
+  program.parse(argc, argv);
+
+  std::vector<Tally> tallies(radios().size());
+  for (const std::uint64_t end = seed + static_cast<std::uint64_t>(runs / runsPerPacket); seed < end;
+       ++seed) {
+    Random random(seed);
+    const PhonePlan first = randomPlan(random);
+    const PhonePlan second = randomPlan(random);
+    const auto which = static_cast<std::size_t>(random.below(static_cast<std::int64_t>(radios().size())));
+    Scenario scenario{{&first}, withLoss(radios()[which].radio, oneOf(losses(), random))};
+    if (random.below(2) == 1) scenario.phones.push_back(&second);
+    Tally& tally = tallies[which];
+    for (const Outcome& outcome : runTrials(scenario, runsPerPacket, random())) {
+      tally.runs += 1;
+      tally.complete += outcome.decoderSeconds < kGiveUpSeconds ? 1 : 0;
+      tally.wrong += static_cast<double>(outcome.wrong.size());
+      for (const receiver::Credentials& wrong : outcome.wrong) tell(seed, runsPerPacket, wrong);
+    }
+  }
+  Table table("wrong-credentials",
+              "Credentials that no phone sent; random packets, losses 0 to 70 %, 1 or 2 phones");
+  for (std::size_t i = 0; i < tallies.size(); ++i) {
+    table.add({{"losses", radios()[i].name},
+               {"runs", tallies[i].runs},
+               {"complete", tallies[i].complete},
+               {"wrong", tallies[i].wrong},
+               {"wrong to complete", ratio(tallies[i].wrong, tallies[i].complete)}});
+  }
+  program.print(table);
+  return 0;
+}
+
+}  // namespace
+}  // namespace zor::bench
+
+int main(int argc, char** argv) {
+  return zor::bench::run(argc, argv);
+}

@@ -1,0 +1,68 @@
+#include "bench/simulator/Cases.h"
+
+#include "bench/support/Statistics.h"
+
+namespace zor::bench {
+
+const std::vector<NamedPace>& paces() {
+  static const std::vector<NamedPace> list = {{"default", kDefaultPace},
+                                              {"fast", {30, 8, 0, 0, 1, 1, 5, 30, 10, 10, 0, 1, 1, 5}},
+                                              {"robust", {30, 12, 0, 0, 1, 1, 5, 30, 15, 20, 0, 1, 1, 5}}};
+  return list;
+}
+
+const std::vector<NamedSecret>& secrets() {
+  static const std::vector<NamedSecret> list = {
+      {"9 + 12 bytes", {"HomeWifi1", "password1234", {}}},
+      {"32 + 64 bytes",
+       {"a network of thirty-two bytes ok",
+        "0123456789abcdef and so on until sixty-four bytes are full - yes",
+        {}}}};
+  return list;
+}
+
+const std::vector<NamedChannels>& channelChoices() {
+  static const std::vector<NamedChannels> list = {{"multicast", {true, false, false}},
+                                                  {"broadcast", {false, true, false}},
+                                                  {"both", {true, true, false}},
+                                                  {"both + v3", {true, true, true}}};
+  return list;
+}
+
+const std::vector<NamedRadio>& radios() {
+  static const std::vector<NamedRadio> list = {
+      {"one by one", {0, false, Held::nothing, 0}},
+      {"bursts", {0, true, Held::nothing, 0}},
+      {"held 100 ms", {0, false, Held::groups, 100'000}},
+      {"held 300 ms", {0, false, Held::groups, 300'000}},
+      {"multicast held 300 ms", {0, false, Held::multicast, 300'000}}};
+  return list;
+}
+
+const std::vector<int>& losses() {
+  static const std::vector<int> list = {0, 10, 20, 30, 50, 70};
+  return list;
+}
+
+RadioConditions withLoss(RadioConditions radio, int lossPercent) {
+  radio.loss = lossPercent / 100.0;
+  return radio;
+}
+
+Summary summarize(const std::vector<Outcome>& outcomes) {
+  std::vector<double> decoder;
+  std::vector<double> bound;
+  Summary summary;
+  for (const Outcome& outcome : outcomes) {
+    decoder.push_back(outcome.decoderSeconds);
+    bound.push_back(outcome.boundSeconds);
+    summary.wrong += outcome.wrong.size();
+  }
+  summary.median = median(decoder);
+  summary.p95 = percentile(decoder, 0.95);
+  summary.boundMedian = median(bound);
+  summary.boundP95 = percentile(bound, 0.95);
+  return summary;
+}
+
+}  // namespace zor::bench

@@ -1,0 +1,34 @@
+#include "bench/simulator/Radio.h"
+
+namespace zor::bench {
+namespace {
+
+/// How long a burst of losses lasts, in the mean: as long as a person or a microwave oven disturbs a channel
+/// between two frames that get through.
+constexpr double kMeanBurstUs = 50'000;
+
+}  // namespace
+
+LossModel::LossModel(const RadioConditions& conditions, Random& random)
+    : conditions_(conditions), random_(random) {
+  if (!conditions_.bursts) return;
+  bad_ = random_.fraction() < conditions_.loss;
+  changeUs_ = nextStay();
+}
+
+bool LossModel::loses(std::int64_t timeUs) {
+  if (!conditions_.bursts) return random_.fraction() < conditions_.loss;
+  if (conditions_.loss <= 0) return false;
+  while (changeUs_ <= static_cast<double>(timeUs)) {
+    bad_ = !bad_;
+    changeUs_ += nextStay();
+  }
+  return bad_;
+}
+
+double LossModel::nextStay() const {
+  const double meanGoodUs = kMeanBurstUs * (1 - conditions_.loss) / conditions_.loss;
+  return random_.exponential(bad_ ? kMeanBurstUs : meanGoodUs);
+}
+
+}  // namespace zor::bench

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+
+namespace zor::bench {
+
+/// A small random generator (SplitMix64): one seed gives one run, on every machine and however many threads
+/// share the runs.
+class Random {
+ public:
+  using result_type = std::uint64_t;
+
+  explicit Random(std::uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 1) {}
+
+  static constexpr result_type min() { return 0; }
+  static constexpr result_type max() { return UINT64_MAX; }
+
+  result_type operator()() {
+    std::uint64_t bits = state_ += 0x9E3779B97F4A7C15U;
+    bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9U;
+    bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBU;
+    return bits ^ (bits >> 31);
+  }
+
+  /// At least 0, less than 1.
+  double fraction() { return static_cast<double>((*this)() >> 11) * 0x1p-53; }
+
+  /// At least 0, less than `limit`.
+  std::int64_t below(std::int64_t limit) {
+    return static_cast<std::int64_t>(fraction() * static_cast<double>(limit));
+  }
+
+  /// Exponentially distributed.
+  double exponential(double mean) { return -mean * std::log(1 - fraction()); }
+
+ private:
+  std::uint64_t state_;
+};
+
+}  // namespace zor::bench

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <atomic>
+#include <thread>
+
+#include "ZOR/facade/Worker.h"
+
+namespace zor::bench {
+
+/// The baseline: a version 5 run with its schedules and sockets, in which a wait of N milliseconds is N
+/// sleeps of one millisecond with a cancellation test before each, as such senders are commonly written.
+class CountedSleepRun {
+ public:
+  /// Starts the broadcast sender and then the multicast sender.
+  explicit CountedSleepRun(const RunInputs& inputs);
+  ~CountedSleepRun();
+  CountedSleepRun(const CountedSleepRun&) = delete;
+  CountedSleepRun& operator=(const CountedSleepRun&) = delete;
+
+  void cancel() { cancelled_ = true; }
+  bool sendersRunning() const { return broadcastRunning_ || multicastRunning_; }
+
+ private:
+  std::atomic<bool> cancelled_{false};
+  std::atomic<bool> broadcastRunning_{true};
+  std::atomic<bool> multicastRunning_{true};
+  std::thread broadcast_;
+  std::thread multicast_;
+};
+
+/// The baseline of a listener: receives, 10 ms at most at a time, and does nothing with what it gets.
+class ReceiveLoop {
+ public:
+  explicit ReceiveLoop(std::int32_t port);
+  ~ReceiveLoop();
+  ReceiveLoop(const ReceiveLoop&) = delete;
+  ReceiveLoop& operator=(const ReceiveLoop&) = delete;
+
+  void cancel() { cancelled_ = true; }
+  bool running() const { return running_; }
+  std::int32_t descriptor() const { return descriptor_; }
+
+ private:
+  std::int32_t descriptor_;
+  std::atomic<bool> cancelled_{false};
+  std::atomic<bool> running_{true};
+  std::thread thread_;
+};
+
+}  // namespace zor::bench

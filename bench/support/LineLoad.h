@@ -1,0 +1,51 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace zor::bench {
+
+/// What a load of lines is made of.
+enum class LineKind {
+  fresh,    ///< Notifications, each of another module.
+  repeat,   ///< The same notification over and over.
+  garbage,  ///< No module line at all.
+};
+
+/// Sends lines over loopback to a receiver in this process, many per system call. Allocates nothing.
+class LineLoad {
+ public:
+  static constexpr std::size_t kBatch = 64;
+
+  /// `receiver` is the descriptor of the socket that is bound to `port`.
+  LineLoad(std::int32_t receiver, std::int32_t port);
+  ~LineLoad();
+  LineLoad(const LineLoad&) = delete;
+  LineLoad& operator=(const LineLoad&) = delete;
+
+  /// Sends `count` lines, at most `kBatch`.
+  void send(LineKind kind, std::size_t count);
+
+  /// Sends as fast as the receiver takes them, so that none is lost, and returns when all are taken.
+  void sendAll(LineKind kind, std::size_t count);
+
+  /// Sends `perMillisecond` lines in each millisecond whether they are taken or not.
+  void sendPaced(LineKind kind, std::size_t perMillisecond, std::size_t milliseconds);
+
+  /// Lines that found the receiver's buffer full, since it was opened.
+  std::uint32_t dropped() const;
+
+ private:
+  using Line = std::array<char, 96>;
+
+  std::size_t write(Line& line, LineKind kind);
+  bool anyWaiting() const;
+
+  std::int32_t receiver_;
+  std::int32_t sender_;
+  std::uint32_t freshLines_ = 0;
+  std::array<Line, kBatch> lines_{};
+};
+
+}  // namespace zor::bench
