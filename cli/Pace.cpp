@@ -21,9 +21,9 @@ constexpr NamedPace kNamedPaces[] = {
     // What the library does unless told otherwise.
     {"default", {30, 30, 100, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5}},
     // The shortest intervals, so the most load on the network.
-    {"fast", {30, 8, 0, 0, 1, 1, 5, 30, 10, 10, 0, 1, 1, 5}},
+    {"fast", {30, 8, 0, 0, 1, 1, 5, 30, 9, 100, 0, 1, 1, 5}},
     // Somewhat longer intervals than fast, and the same repeats.
-    {"robust", {30, 12, 0, 0, 1, 1, 5, 30, 15, 20, 0, 1, 1, 5}},
+    {"robust", {30, 12, 0, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5}},
 };
 
 /// The separated words of `text`; commas and line ends separate as blanks do.

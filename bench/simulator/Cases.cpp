@@ -6,8 +6,8 @@ namespace zor::bench {
 
 const std::vector<NamedPace>& paces() {
   static const std::vector<NamedPace> list = {{"default", kDefaultPace},
-                                              {"fast", {30, 8, 0, 0, 1, 1, 5, 30, 10, 10, 0, 1, 1, 5}},
-                                              {"robust", {30, 12, 0, 0, 1, 1, 5, 30, 15, 20, 0, 1, 1, 5}}};
+                                              {"fast", {30, 8, 0, 0, 1, 1, 5, 30, 9, 100, 0, 1, 1, 5}},
+                                              {"robust", {30, 12, 0, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5}}};
   return list;
 }
 
