@@ -2,7 +2,7 @@
 
 #include "cli/Command.h"
 #include "cli/Escape.h"
-#include "cli/PassPhrasePrompt.h"
+#include "cli/PassPhrase.h"
 #include "cli/ProvisionRun.h"
 
 namespace zor::cli {
@@ -27,22 +27,22 @@ struct ProvisionOptions : CommonOptions {
   const CLI::Option* paceOption = nullptr;
 };
 
-Encoding encodingOf(const ProvisionOptions& options) {
-  if (options.version3) return Encoding::version3;
-  return options.mixed ? Encoding::mixed : Encoding::version5;
+SendMode modeOf(const ProvisionOptions& options) {
+  if (options.version3) return SendMode::version3;
+  return options.mixed ? SendMode::mixed : SendMode::version5;
 }
 
 /// All of the plan but the pass phrase, which may have to be asked for.
 ProvisionPlan readPlan(const ProvisionOptions& options) {
   ProvisionPlan plan;
-  plan.credentials.ssid = options.ssid;
-  plan.credentials.append = fromHex(options.append);
+  plan.payload.ssid = options.ssid;
+  plan.payload.append = fromHex(options.append);
   plan.appendGiven = options.appendOption->count() > 0;
-  plan.encoding = encodingOf(options);
+  plan.mode = modeOf(options);
   plan.timeout = std::chrono::seconds(options.timeoutSeconds);
   plan.expected = static_cast<std::size_t>(options.expected);
   if (options.paceOption->count() > 0) plan.pace = readPace(options.pace);
-  checkLengths(plan.credentials);
+  checkLengths(plan.payload);
   return plan;
 }
 
@@ -56,8 +56,8 @@ int provision(const ProvisionOptions& options) {
   ProvisionPlan plan = readPlan(options);
   const LogLines logLines(options.verbose);
   const Interrupt interrupt;
-  plan.credentials.passPhrase = readPassPhrase(options, interrupt);
-  checkLengths(plan.credentials);
+  plan.payload.passPhrase = readPassPhrase(options, interrupt);
+  checkLengths(plan.payload);
   Output output(options, interrupt);
   return ProvisionRun(plan, interrupt, logLines, output).run();
 }

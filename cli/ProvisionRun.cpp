@@ -26,13 +26,13 @@ bool sendersRun() {
   return s_threadSmartConfigMc || s_threadSmartConfigBc;
 }
 
-const char* encodingName(Encoding encoding) {
-  switch (encoding) {
-    case Encoding::version3:
+const char* modeName(SendMode mode) {
+  switch (mode) {
+    case SendMode::version3:
       return "version 3";
-    case Encoding::mixed:
+    case SendMode::mixed:
       return "version 5 mixed with version 3";
-    case Encoding::version5:
+    case SendMode::version5:
       break;
   }
   return "version 5";
@@ -48,7 +48,7 @@ ProvisionRun::ProvisionRun(const ProvisionPlan& plan, const Interrupt& interrupt
       output_(output),
       modules_(std::make_shared<FoundModules>(
           [&output](const FoundModule& module) { output.report(foundText(module), foundEvent(module)); })),
-      append_(plan.credentials.append) {
+      append_(plan.payload.append) {
   suite_.setDelegate(modules_);
 }
 
@@ -65,10 +65,9 @@ int ProvisionRun::run() {
 
 void ProvisionRun::openListener() {
   // A version 3 run cannot name a port to the module.
-  port_ =
-      suite_.SmartConfigOnlineListen(plan_.encoding == Encoding::version3 ? kDefaultPort : kAutomaticPort);
+  port_ = suite_.SmartConfigOnlineListen(plan_.mode == SendMode::version3 ? kDefaultPort : kAutomaticPort);
   if (port_ >= 0) return;
-  if (plan_.encoding == Encoding::version3) {
+  if (plan_.mode == SendMode::version3) {
     throw RunFailure(
         "UDP port 25010 could not be opened and version 3 knows no other: end the program that holds it");
   }
@@ -86,7 +85,7 @@ void ProvisionRun::namePort() {
     return;
   }
   append_ = {kPortRecord, static_cast<std::uint8_t>(port_ % 256), static_cast<std::uint8_t>(port_ / 256)};
-  Credentials withPort = plan_.credentials;
+  Payload withPort = plan_.payload;
   withPort.append = append_;
   try {
     checkLengths(withPort);
@@ -97,17 +96,17 @@ void ProvisionRun::namePort() {
 }
 
 void ProvisionRun::startSenders() {
-  const Credentials& credentials = plan_.credentials;
+  const Payload& payload = plan_.payload;
   const auto timeoutMs = static_cast<std::int32_t>(milliseconds(plan_.timeout).count());
   start_ = nextProgress_ = Clock::now();
-  if (plan_.encoding == Encoding::version3) {
-    suite_.SmartConfigV3_Start(credentials.ssid, credentials.passPhrase, timeoutMs);
+  if (plan_.mode == SendMode::version3) {
+    suite_.SmartConfigV3_Start(payload.ssid, payload.passPhrase, timeoutMs);
     return;
   }
   if (plan_.pace) suite_.SmartConfigV5_SetProperty(plan_.pace->data(), plan_.pace->size());
-  suite_.SmartConfigV5_MixV3Enable(plan_.encoding == Encoding::mixed);
+  suite_.SmartConfigV5_MixV3Enable(plan_.mode == SendMode::mixed);
   suite_.SmartConfigV5_Append(append_.empty() ? nullptr : append_.data(), append_.size());
-  suite_.SmartConfigV5_Start(credentials.ssid, credentials.passPhrase, timeoutMs);
+  suite_.SmartConfigV5_Start(payload.ssid, payload.passPhrase, timeoutMs);
 }
 
 void ProvisionRun::follow() {
@@ -130,14 +129,14 @@ void ProvisionRun::stop() {
 }
 
 void ProvisionRun::tellStart() {
-  const std::string ssid = plan_.credentials.ssid;
+  const std::string ssid = plan_.payload.ssid;
   const std::string append = append_.empty() ? "no append bytes" : "append bytes " + toHex(append_);
-  output_.report("telling modules of \"" + printable(ssid) + "\" in " + encodingName(plan_.encoding) + ", " +
-                     append + ", for up to " + std::to_string(plan_.timeout.count()) +
-                     " s; listening on UDP port " + std::to_string(port_),
+  output_.report("telling modules of \"" + printable(ssid) + "\" in " + modeName(plan_.mode) + ", " + append +
+                     ", for up to " + std::to_string(plan_.timeout.count()) + " s; listening on UDP port " +
+                     std::to_string(port_),
                  {{"event", "started"},
                   {"ssid", codePoints(ssid)},
-                  {"encoding", encodingName(plan_.encoding)},
+                  {"encoding", modeName(plan_.mode)},
                   {"append", toHex(append_)},
                   {"timeout_seconds", plan_.timeout.count()},
                   {"port", port_}});

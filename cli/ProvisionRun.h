@@ -6,22 +6,23 @@
 #include <string>
 
 #include "ZOR/ZorSuite.h"
-#include "cli/Credentials.h"
 #include "cli/FoundModules.h"
 #include "cli/Interrupt.h"
 #include "cli/LogLines.h"
 #include "cli/Output.h"
 #include "cli/Pace.h"
+#include "cli/Payload.h"
 
 namespace zor::cli {
 
-enum class Encoding { version5, version3, mixed };
+/// Which frames a run sends.
+enum class SendMode { version5, version3, mixed };
 
 /// What a provisioning run is to do; checked already.
 struct ProvisionPlan {
-  Credentials credentials;
+  Payload payload;
   bool appendGiven = false;  ///< The user chose the append bytes, so they do not name the port.
-  Encoding encoding = Encoding::version5;
+  SendMode mode = SendMode::version5;
   std::optional<Pace> pace;
   std::chrono::seconds timeout{100};
   std::size_t expected = 1;  ///< The run ends once so many different modules are there.

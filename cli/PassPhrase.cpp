@@ -1,13 +1,15 @@
-#include "cli/PassPhrasePrompt.h"
+#include "cli/PassPhrase.h"
 
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <fstream>
 
 #include "cli/Escape.h"
 #include "cli/ExitCode.h"
+#include "cli/Payload.h"
 
 namespace zor::cli {
 namespace {
@@ -57,6 +59,33 @@ std::string askPassPhrase(std::string_view ssid, const Interrupt& interrupt) {
   std::fprintf(stderr, "Pass phrase of \"%s\" (empty for an open network): ", printable(ssid).c_str());
   const NoEcho noEcho;
   return readLine(interrupt);
+}
+
+std::string readPassPhraseFile(const std::string& name) {
+  std::ifstream file(name, std::ios::binary);
+  // One byte more than the longest pass phrase and its line end shows what is too long.
+  char bytes[kLongestPassPhrase + 3];
+  file.read(bytes, sizeof bytes);
+  if (file.bad() || (!file.eof() && file.gcount() == 0)) {
+    throw WrongUse("--pass-file: cannot read '" + printable(name) +
+                   "': give a file that holds the pass phrase");
+  }
+  std::string text(bytes, static_cast<std::size_t>(file.gcount()));
+  if (text.ends_with('\n')) text.pop_back();
+  if (text.ends_with('\r')) text.pop_back();
+  if (text.empty()) {
+    throw WrongUse("--pass-file: '" + printable(name) +
+                   "' holds no pass phrase: use --pass '' for an open network");
+  }
+  if (text.find('\n') != std::string::npos || text.find('\0') != std::string::npos) {
+    throw WrongUse("--pass-file: '" + printable(name) +
+                   "' holds more than a pass phrase: leave one line in it");
+  }
+  if (text.size() > kLongestPassPhrase) {
+    throw WrongUse("--pass-file: '" + printable(name) + "' holds more than " +
+                   std::to_string(kLongestPassPhrase) + " bytes: give a shorter pass phrase");
+  }
+  return text;
 }
 
 }  // namespace zor::cli
