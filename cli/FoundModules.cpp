@@ -1,7 +1,5 @@
 #include "cli/FoundModules.h"
 
-#include "cli/Escape.h"
-
 namespace zor::cli {
 namespace {
 
@@ -25,23 +23,6 @@ void FoundModules::onSmartFound(const std::string& moduleId, const std::string& 
 void FoundModules::take(const FoundModule& module) {
   if (!module.id.empty() && ids_.size() < kMostCounted) ids_.insert(module.id);
   onFound_(module);
-}
-
-std::string foundText(const FoundModule& module) {
-  std::string text = "found module " + printable(module.id) + " at " + module.address;
-  if (!module.version.empty()) text += ", version " + printable(module.version);
-  if (!module.capabilities.empty()) text += ", capabilities " + printable(module.capabilities);
-  if (!module.extension.empty()) text += ", " + printable(module.extension);
-  return text;
-}
-
-Json foundEvent(const FoundModule& module) {
-  return {{"event", "module_found"},
-          {"module_id", codePoints(module.id)},
-          {"address", module.address},
-          {"version", codePoints(module.version)},
-          {"capabilities", codePoints(module.capabilities)},
-          {"extension", codePoints(module.extension)}};
 }
 
 std::string moduleCount(std::size_t count) {

@@ -6,18 +6,9 @@
 #include <string>
 
 #include "ZOR/ZorSuite.h"
-#include "cli/Output.h"
+#include "cli/FoundModule.h"
 
 namespace zor::cli {
-
-/// A module as it told of itself: untrusted bytes.
-struct FoundModule {
-  std::string id;
-  std::string address;
-  std::string version;
-  std::string capabilities;
-  std::string extension;
-};
 
 /// Passes on each module that a search or a listener reports, and counts the different ones.
 class FoundModules : public ZorSuiteDelegate {
@@ -39,12 +30,6 @@ class FoundModules : public ZorSuiteDelegate {
   std::function<void(const FoundModule&)> onFound_;
   std::set<std::string> ids_;
 };
-
-/// "found module ID at ADDRESS, version ..." for a terminal.
-std::string foundText(const FoundModule& module);
-
-/// The "module_found" event.
-Json foundEvent(const FoundModule& module);
 
 /// "1 module" or "3 modules".
 std::string moduleCount(std::size_t count);

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <csignal>
 
-#include "ZOR/ZorSuite.h"
 #include "cli/ExitCode.h"
 
 namespace zor::cli {
@@ -64,12 +63,6 @@ bool Interrupt::wait(int waitMs) const {
 
 void Interrupt::raise() const {
   writeByte(pipe_[1]);
-}
-
-void runMainQueueFor(int waitMs, const Interrupt& interrupt) {
-  pollfd wanted[] = {{ZorMainQueueDescriptor(), POLLIN, 0}, {interrupt.descriptor(), POLLIN, 0}};
-  poll(wanted, 2, waitMs);
-  ZorRunMainQueue(0);
 }
 
 }  // namespace zor::cli

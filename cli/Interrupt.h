@@ -28,8 +28,4 @@ class Interrupt {
   int pipe_[2];
 };
 
-/// Waits at most `waitMs` milliseconds for work on the main-thread queue or an interrupt, then runs the
-/// queue.
-void runMainQueueFor(int waitMs, const Interrupt& interrupt);
-
 }  // namespace zor::cli

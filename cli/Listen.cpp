@@ -6,6 +6,7 @@
 #include "cli/FoundModules.h"
 #include "cli/Interrupt.h"
 #include "cli/LogLines.h"
+#include "cli/MainQueue.h"
 #include "cli/Output.h"
 
 namespace zor::cli {

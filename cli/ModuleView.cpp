@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "cli/Escape.h"
+#include "cli/Hex.h"
+#include "cli/ProgressBar.h"
 #include "receiver/NetworkInterface.h"
 
 namespace zor::cli {

@@ -19,7 +19,6 @@ namespace {
 
 constexpr char kEraseLine[] = "\r\x1b[K";  // Carriage return and "erase in line", ECMA-48.
 constexpr std::size_t kUsualWidth = 80;
-constexpr int kBarWidth = 30;
 constexpr int kLastWaitMs = 500;  ///< How long a reader that is behind may take after an interrupt.
 
 std::size_t terminalWidth() {
@@ -98,16 +97,6 @@ bool Output::waitForRoom() const {
   pollfd wanted[] = {{STDOUT_FILENO, POLLOUT, 0}, {interrupt_.descriptor(), POLLIN, 0}};
   while (poll(wanted, 2, -1) < 0) continue;
   return wanted[0].revents != 0 || poll(wanted, 1, kLastWaitMs) > 0;
-}
-
-std::string progressBar(int percent) {
-  const int bounded = std::clamp(percent, 0, 100);
-  const auto filled = static_cast<std::size_t>(bounded * kBarWidth / 100);
-  char number[16];
-  std::snprintf(number, sizeof number, "] %3d %%", bounded);
-  std::string bar("[");
-  bar.append(filled, '#').append(kBarWidth - filled, '-').append(number);
-  return bar;
 }
 
 }  // namespace zor::cli

@@ -66,8 +66,4 @@ class Output {
   bool failed_ = false;
 };
 
-/// A bar of hash marks and the number behind it, such as "[#####---------------]  25 %". `percent` is cut to
-/// 0..100.
-std::string progressBar(int percent);
-
 }  // namespace zor::cli

@@ -1,7 +1,7 @@
 #include <memory>
 
 #include "cli/Command.h"
-#include "cli/Escape.h"
+#include "cli/Hex.h"
 #include "cli/PassPhrase.h"
 #include "cli/ProvisionRun.h"
 

@@ -6,6 +6,9 @@
 
 #include "cli/Escape.h"
 #include "cli/ExitCode.h"
+#include "cli/Hex.h"
+#include "cli/MainQueue.h"
+#include "cli/ProgressBar.h"
 #include "cli/SmartConfigText.h"
 
 namespace zor::cli {

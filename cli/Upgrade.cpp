@@ -10,6 +10,7 @@
 #include "cli/Interrupt.h"
 #include "cli/LogLines.h"
 #include "cli/Output.h"
+#include "cli/ProgressBar.h"
 
 namespace zor::cli {
 namespace {

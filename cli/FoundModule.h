@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "cli/Output.h"
+
+namespace zor::cli {
+
+/// A module as it told of itself: untrusted bytes.
+struct FoundModule {
+  std::string id;
+  std::string address;
+  std::string version;
+  std::string capabilities;
+  std::string extension;
+};
+
+/// "found module ID at ADDRESS, version ..." for a terminal.
+std::string foundText(const FoundModule& module);
+
+/// The "module_found" event.
+Json foundEvent(const FoundModule& module);
+
+}  // namespace zor::cli

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zor::cli {
+
+/// Two lower-case hexadecimal digits a byte.
+std::string toHex(const std::vector<std::uint8_t>& bytes);
+
+/// The bytes that `text` gives, two hexadecimal digits each. Throws `WrongUse` for anything else.
+std::vector<std::uint8_t> fromHex(std::string_view text);
+
+}  // namespace zor::cli
