@@ -15,6 +15,15 @@ set(ZOR_SANITIZE "" CACHE STRING "Sanitizers of the whole build, such as address
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
 
+# Such targets as 32-bit MIPS and ARMv5 leave these to a library.
+include(CheckCXXSourceCompiles)
+check_cxx_source_compiles([[
+#include <atomic>
+#include <cstdint>
+std::atomic<std::int64_t> number{0};
+int main() { return number.fetch_add(1) == 0 ? 0 : 1; }
+]] ZOR_COMPILER_HAS_64_BIT_ATOMICS)
+
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
 endif()
