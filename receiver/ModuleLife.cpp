@@ -19,8 +19,8 @@ constexpr milliseconds kNotificationInterval{200};
 /// A capture on an interface that was taken away just falls silent, so the module looks for itself.
 constexpr milliseconds kInterfaceCheckInterval{1000};
 constexpr int kNotifications = 5;
-/// Nobody pauses for so long within a run: what comes then is another run, news even if its credentials are
-/// not.
+/// Nobody pauses for so long within a run:
+/// what comes then is another run, news even if its credentials are not.
 constexpr std::int64_t kRunOverMicroseconds = 3'000'000;
 constexpr std::uint16_t kDefaultNotificationPort = 25010;
 constexpr std::uint8_t kPortRecord = 1;

@@ -25,8 +25,8 @@ class ModuleServer {
   ModuleServer(const VirtualModuleOptions& options, VirtualModule::EventHandler onEvent);
 
   /// Enters the network. Does nothing when it is there already.
-  /// \param pairs the key=value pairs that say which module this is. \return empty or one line that says why
-  /// not.
+  /// \param pairs the key=value pairs that say which module this is.
+  /// \return empty or one line that says why not.
   std::string open(const std::string& pairs);
 
   /// Sends a notification to every host of the network. \return its line if it could be sent.
