@@ -1,5 +1,6 @@
 #include "ZOR/facade/SmartConfigStatus.h"
 #include "ZOR/net/UdpSocket.h"
+#include "ZOR/smartconfig/FrameLength.h"
 #include "ZOR/smartconfig/Schedules.h"
 
 namespace zor {
@@ -17,7 +18,7 @@ constexpr std::int32_t kFirstValue = 102;
 std::int32_t sendRepeated(Air& air, std::int32_t added, const ZorTunable& repeat, std::int32_t code) {
   for (std::int32_t count = 0; count < repeat; ++count) {
     if (air.cancelled()) return 0;
-    if (air.send(kZorEveryHost, s_ZorSmart5_BcLen + added) < 0) return code;
+    if (air.send(kZorEveryHost, frameLength(s_ZorSmart5_BcLen, added)) < 0) return code;
     air.wait(s_ZorSmart5_BcCharInterval);
   }
   return 0;

@@ -1,4 +1,5 @@
 #include "ZOR/facade/SmartConfigStatus.h"
+#include "ZOR/smartconfig/FrameLength.h"
 #include "ZOR/smartconfig/GroupText.h"
 #include "ZOR/smartconfig/Schedules.h"
 
@@ -23,7 +24,7 @@ std::int32_t sendData(Air& air, const PacketV5& packet) {
   for (std::int32_t k = 0; 2 * k < packet.length; ++k) {
     if (air.cancelled()) return 0;
     const GroupText group(k % 2 == 0 ? kEvenOctet : kOddOctet, &packet.bytes[2 * k]);
-    if (air.send(group.text(), k + s_ZorSmart5_McLen) < 0) return kZorMulticastDataFailed;
+    if (air.send(group.text(), frameLength(s_ZorSmart5_McLen, k)) < 0) return kZorMulticastDataFailed;
     air.wait(s_ZorSmart5_McCharInterval);
   }
   return 0;
