@@ -4,14 +4,12 @@
 #include "ZOR/facade/Tunables.h"
 #include "ZOR/facade/Worker.h"
 #include "ZOR/net/LazySenders.h"
+#include "ZOR/net/ReceiveWait.h"
 #include "ZOR/net/Stopwatch.h"
 #include "ZOR/net/UdpSocket.h"
 #include "ZOR/protocol/RequestFormats.h"
 
 namespace {
-
-/// How long a pass rests that could not wait for an answer, milliseconds: as long as a receive.
-constexpr std::int32_t kNoReceiveRestMs = 10;
 
 /// The numbered requests of one search and the socket on which the answers come back.
 class Requests {
@@ -62,7 +60,7 @@ void ZorSuite::threadDeviceSearch() {
   Requests requests;
   while (!thread.cancelled()) {
     requests.sendIfDue();
-    if (reporter.receive(requests.socket()) < 0 || requests.socket() < 0) thread.wait(kNoReceiveRestMs);
+    if (reporter.receive(requests.socket()) < 0 || requests.socket() < 0) thread.wait(zor::kReceiveWaitMs);
     if (requests.allSent()) break;
   }
 }

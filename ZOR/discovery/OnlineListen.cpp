@@ -1,14 +1,11 @@
 #include "ZOR/discovery/ModuleReporter.h"
 #include "ZOR/facade/Worker.h"
+#include "ZOR/net/ReceiveWait.h"
 #include "ZOR/net/UdpSocket.h"
 
 namespace {
 
 constexpr std::int32_t kLastPort = 65535;
-
-/// How long the listener rests after a receive that failed, milliseconds: an error that stays must
-/// not make it spin.
-constexpr std::int32_t kErrorRestMs = 10;
 
 /// Binds the first free port from `kZorAnnouncementPort` up. Returns it, or -1 when there is none or when no
 /// socket can be created at all.
@@ -47,7 +44,7 @@ void ZorSuite::threadSmartOnlineListen() {
   zor::WorkerThread& thread = worker_->thread();
   zor::ModuleReporter reporter(zor::kNotificationTag, delegateSlot_, &ZorSuiteDelegate::onSmartFound);
   while (!thread.cancelled()) {
-    if (reporter.receive(s_ZorDevice.listenSocket) < 0) thread.wait(kErrorRestMs);
+    if (reporter.receive(s_ZorDevice.listenSocket) < 0) thread.wait(zor::kReceiveWaitMs);
   }
   ZorUdpClose(s_ZorDevice.listenSocket);
 }

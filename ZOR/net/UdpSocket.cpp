@@ -10,9 +10,9 @@
 #include <cerrno>
 #include <cstddef>
 
-namespace {
+#include "ZOR/net/ReceiveWait.h"
 
-constexpr int kReceiveWaitMs = 10;
+namespace {
 
 std::int32_t openSocket() {
 #if defined(SOCK_CLOEXEC)
@@ -57,7 +57,7 @@ std::int32_t openSender() {
 /// 1 when a receive would find something, an error included; 0 after the wait; negative on failure.
 std::int32_t waitUntilReadable(std::int32_t descriptor) {
   pollfd wanted{descriptor, POLLIN, 0};
-  const int ready = poll(&wanted, 1, kReceiveWaitMs);
+  const int ready = poll(&wanted, 1, zor::kReceiveWaitMs);
   if (ready <= 0) return ready;
   if ((wanted.revents & POLLNVAL) == 0) return 1;
   errno = EBADF;

@@ -5,6 +5,7 @@
 #include "ZOR/facade/CopyText.h"
 #include "ZOR/facade/Worker.h"
 #include "ZOR/net/Clock.h"
+#include "ZOR/net/ReceiveWait.h"
 #include "ZOR/net/Stopwatch.h"
 #include "ZOR/net/UdpSocket.h"
 #include "ZOR/protocol/RequestFormats.h"
@@ -18,9 +19,6 @@ namespace {
 constexpr std::int64_t kRequestIntervalMs = 501;
 constexpr std::int64_t kSilenceLimitMs = 10'000;
 constexpr std::int32_t kLongestAnswer = 512;
-
-/// How long a pass rests whose receive failed, milliseconds: as long as a receive waits.
-constexpr std::int32_t kErrorRestMs = 10;
 
 /// A final status is a negative one or one of at least `kZorUpgradeDone`.
 bool isFinal(std::int32_t status) {
@@ -59,7 +57,7 @@ class Upgrade {
     char source[kZorIpSize];
     std::uint32_t port = 0;
     const std::int32_t length = ZorUdpRecvData(socket_, line_, kLongestAnswer, source, &port);
-    if (length < 0) thread_.wait(kErrorRestMs);
+    if (length < 0) thread_.wait(kReceiveWaitMs);
     if (length < 1 || port != kModulePort || std::strcmp(source, moduleIp_) != 0) return;
     if (!answer_.open(line_, length)) return;
     sinceAnswered_.restart();
