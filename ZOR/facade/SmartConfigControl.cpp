@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cstring>
 
 #include "ZOR/facade/CopyText.h"
@@ -12,18 +11,13 @@
 #include "ZOR/facade/Tunables.h"
 #include "ZOR/facade/WorkerHandle.h"
 #include "ZOR/net/Clock.h"
+#include "ZOR/net/Stopwatch.h"
 
 namespace zor {
 namespace {
 
-/// When the latest run began, by the monotonic clock: the wall clock may step back, and a run must
-/// not outlast its time-out by that.
+/// When the latest run began, by the monotonic clock; the suite's state holds the wall clock's reading.
 std::atomic<std::int64_t> steadyStartMs{0};
-
-std::int64_t steadyMs() {
-  const auto now = std::chrono::steady_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
 
 }  // namespace
 
@@ -40,9 +34,7 @@ void storeSmartConfigInputs(std::string_view ssid, std::string_view password, st
 }
 
 bool smartConfigTimeLeft() {
-  const std::int64_t steady = steadyMs() - steadyStartMs;
-  const std::int64_t wall = std::int64_t{ZorGetUsec()} - s_ZorDevice.smartStartMs;
-  return std::max(wall, steady) < s_ZorDevice.smartTimeout;
+  return elapsedMs(s_ZorDevice.smartStartMs, steadyStartMs) < s_ZorDevice.smartTimeout;
 }
 
 }  // namespace zor

@@ -1,32 +1,32 @@
 #pragma once
 
-#include <algorithm>
-#include <chrono>
 #include <cstdint>
 
 #include "ZOR/net/Clock.h"
 
 namespace zor {
 
-/// Milliseconds since a reading of the suite's clock. That clock steps with the wall clock: a step
-/// forward counts, but after a step back the monotonic clock counts on, so that no worker waits
-/// longer than it was told to.
+/// Reading of the monotonic clock, milliseconds.
+std::int64_t steadyMs();
+
+/// Milliseconds since a moment at which `ZorGetUsec` read `wallStartMs` and `steadyMs` read `steadyStartMs`.
+/// The suite's clock steps with the wall clock: a step forward counts, but after a step back the monotonic
+/// clock counts on, so that no worker waits or runs longer than it was told to.
+std::int64_t elapsedMs(long wallStartMs, std::int64_t steadyStartMs);
+
+/// Milliseconds since a reading of the suite's clock, as `elapsedMs` counts them.
 class Stopwatch {
  public:
   /// Starts at `startedMs`, a `ZorGetUsec` reading.
-  explicit Stopwatch(long startedMs) : wallMs_(startedMs) {}
+  explicit Stopwatch(long startedMs) : wallStartMs_(startedMs) {}
 
-  std::int64_t elapsedMs() const {
-    const auto steady = std::chrono::steady_clock::now() - steady_;
-    return std::max(std::int64_t{ZorGetUsec()} - wallMs_,
-                    std::int64_t{std::chrono::duration_cast<std::chrono::milliseconds>(steady).count()});
-  }
+  std::int64_t elapsedMs() const { return zor::elapsedMs(wallStartMs_, steadyStartMs_); }
 
   void restart() { *this = Stopwatch(ZorGetUsec()); }
 
  private:
-  long wallMs_;
-  std::chrono::steady_clock::time_point steady_ = std::chrono::steady_clock::now();
+  long wallStartMs_;
+  std::int64_t steadyStartMs_ = steadyMs();
 };
 
 }  // namespace zor
