@@ -34,7 +34,8 @@ void storeSmartConfigInputs(std::string_view ssid, std::string_view password, st
 }
 
 bool smartConfigTimeLeft() {
-  return elapsedMs(s_ZorDevice.smartStartMs, steadyStartMs) < s_ZorDevice.smartTimeout;
+  const std::int32_t timeout = s_ZorDevice.smartTimeout;  // First, as it is stored last.
+  return elapsedMs(s_ZorDevice.smartStartMs, steadyStartMs) < timeout;
 }
 
 }  // namespace zor
