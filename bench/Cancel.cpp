@@ -8,7 +8,7 @@
 #include "ZOR/ZorSuite.h"
 #include "bench/support/CountedSleepRun.h"
 #include "bench/support/Program.h"
-#include "bench/support/RecordedSchedule.h"
+#include "bench/support/SampleRun.h"
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
@@ -16,10 +16,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kSsid = "HomeWifi1";
-constexpr const char* kPassPhrase = "password1234";
-constexpr std::int32_t kListenPort = 25010;
-constexpr std::int32_t kNoTimeout = 3'600'000;
 constexpr int kLongestPhaseUs = 30'000;  // One interval of the multicast channel.
 
 struct StopTimes {
@@ -46,13 +42,12 @@ StopTimes measureLibrary(int runs) {
   RandomPhase phase;
   ZorSuite suite;
   for (int run = 0; run < runs; ++run) {
-    suite.SmartConfigOnlineListen(kListenPort);
-    suite.SmartConfigV5_Start(kSsid, kPassPhrase, kNoTimeout);
+    suite.SmartConfigOnlineListen(kZorAnnouncementPort);
+    startSenders(suite);
     phase.sleep();
     const Clock::time_point stop = Clock::now();
     suite.SmartConfigStop();
-    s_threadSmartConfigBc.waitUntilEmpty();
-    s_threadSmartConfigMc.waitUntilEmpty();
+    waitForSenders();
     times.sendersMs.push_back(passedMs(stop));
     s_threadSmartOnlineListen.waitUntilEmpty();
     times.allMs.push_back(passedMs(stop));
@@ -63,9 +58,9 @@ StopTimes measureLibrary(int runs) {
 StopTimes measureBaseline(int runs) {
   StopTimes times;
   RandomPhase phase;
-  const RunInputs inputs = makeInputs(kSsid, kPassPhrase);
+  const RunInputs inputs = sampleInputs();
   for (int run = 0; run < runs; ++run) {
-    ReceiveLoop listener(kListenPort);
+    ReceiveLoop listener(kZorAnnouncementPort);
     CountedSleepRun senders(inputs);
     phase.sleep();
     const Clock::time_point stop = Clock::now();
@@ -91,13 +86,13 @@ Row makeRow(const char* what, const std::vector<double>& times, const std::vecto
           {"p99 to baseline", ratio(percentile(times, 0.99), percentile(baseline, 0.99))}};
 }
 
-int run(int argc, char** argv) {
-  Program program("Time from SmartConfigStop until the workers' handles are empty");
+}  // namespace
+
+void runBenchmark(Program& program) {
   int runs = 1000;
   program.options().add_option("--runs", runs, "Number of runs, stopped in random phases");
-  program.parse(argc, argv);
-  Program::requireNamespace();
-  ZorSetLogSink([](const char*) {});
+  program.parse("Time from SmartConfigStop until the workers' handles are empty");
+  Program::prepareToSend();
 
   const StopTimes library = measureLibrary(runs);
   const StopTimes baseline = measureBaseline(runs);
@@ -106,12 +101,6 @@ int run(int argc, char** argv) {
   table.add(makeRow("both senders", library.sendersMs, baseline.sendersMs));
   table.add(makeRow("senders and listener", library.allMs, baseline.allMs));
   program.print(table);
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

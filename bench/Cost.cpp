@@ -6,18 +6,13 @@
 #include "ZOR/ZorSuite.h"
 #include "bench/support/CountedSleepRun.h"
 #include "bench/support/Program.h"
-#include "bench/support/RecordedSchedule.h"
+#include "bench/support/SampleRun.h"
 #include "bench/support/Statistics.h"
 #include "bench/support/ThreadUse.h"
 #include "bench/support/UpgradingModule.h"
 
 namespace zor::bench {
 namespace {
-
-constexpr const char* kSsid = "HomeWifi1";
-constexpr const char* kPassPhrase = "password1234";
-constexpr std::int32_t kListenPort = 25010;
-constexpr std::int32_t kNoTimeout = 3'600'000;
 
 void sleepFor(double seconds) {
   std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
@@ -38,25 +33,24 @@ struct RunUse {
 RunUse measureRun(double seconds) {
   ZorSuite suite;
   const ThreadIds before = threadIds();
-  suite.SmartConfigOnlineListen(kListenPort);
+  suite.SmartConfigOnlineListen(kZorAnnouncementPort);
   const ThreadIds listener = threadIdsSince(before);
   const ThreadIds withListener = threadIds();
-  suite.SmartConfigV5_Start(kSsid, kPassPhrase, kNoTimeout);
+  startSenders(suite);
   const ThreadIds senders = threadIdsSince(withListener);
 
   RunUse use{useOf(senders), useOf(listener)};
   sleepFor(seconds);
   use = {useOf(senders) - use.senders, useOf(listener) - use.listener};
   suite.SmartConfigStop();
-  s_threadSmartConfigBc.waitUntilEmpty();
-  s_threadSmartConfigMc.waitUntilEmpty();
+  waitForSenders();
   s_threadSmartOnlineListen.waitUntilEmpty();
   return use;
 }
 
 ThreadUse measureCountedSleeps(double seconds) {
   const ThreadIds before = threadIds();
-  const CountedSleepRun run(makeInputs(kSsid, kPassPhrase));
+  const CountedSleepRun run(sampleInputs());
   return useDuring(threadIdsSince(before), seconds);
 }
 
@@ -69,7 +63,7 @@ ThreadUse measureReceiveLoop(double seconds) {
 ThreadUse measureIdleListener(double seconds) {
   ZorSuite suite;
   const ThreadIds before = threadIds();
-  suite.SmartConfigOnlineListen(kListenPort);
+  suite.SmartConfigOnlineListen(kZorAnnouncementPort);
   const ThreadUse use = useDuring(threadIdsSince(before), seconds);
   suite.SmartConfigStop();
   s_threadSmartOnlineListen.waitUntilEmpty();
@@ -113,13 +107,13 @@ Row makeRow(const char* what, const ThreadUse& use, const ThreadUse& baseline, d
           {"wake-ups to baseline", ratio(wakeUps, baselineWakeUps)}};
 }
 
-int run(int argc, char** argv) {
-  Program program("CPU time and wake-ups of the library's threads, per minute");
+}  // namespace
+
+void runBenchmark(Program& program) {
   double seconds = 6;
   program.options().add_option("--seconds", seconds, "Length of each measurement");
-  program.parse(argc, argv);
-  Program::requireNamespace();
-  ZorSetLogSink([](const char*) {});
+  program.parse("CPU time and wake-ups of the library's threads, per minute");
+  Program::prepareToSend();
 
   const ThreadUse sleeps = measureCountedSleeps(seconds);
   const ThreadUse receives = measureReceiveLoop(seconds);
@@ -133,12 +127,6 @@ int run(int argc, char** argv) {
   table.add(makeRow("search", measureSearch(seconds), receives, seconds));
   table.add(makeRow("upgrade", measureUpgrade(seconds), receives, seconds));
   program.print(table);
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

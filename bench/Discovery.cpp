@@ -220,28 +220,23 @@ Table allocationTable(std::size_t lines) {
   return table;
 }
 
-int run(int argc, char** argv) {
-  Program program("The listener for announcements under load");
+}  // namespace
+
+void runBenchmark(Program& program) {
   std::size_t lines = 400'000;
   std::size_t seconds = 3;
   int latencies = 1000;
   program.options().add_option("--lines", lines, "Lines of each load");
   program.options().add_option("--seconds", seconds, "Length of each load of 50,000 lines a second");
   program.options().add_option("--latencies", latencies, "Lines whose way to the delegate is timed");
-  program.parse(argc, argv);
-  Program::requireNamespace();
+  program.parse("The listener for announcements under load");
+  Program::prepareToSend();
 
   program.print(throughputTable(lines));
   program.print(lossTable(seconds));
   program.print(latencyTable(latencies));
   program.print(recordTable());
   program.print(allocationTable(lines));
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

@@ -43,23 +43,18 @@ void addRows(Table& table, const Sent& sent, int loss, int runs) {
   }
 }
 
-int run(int argc, char** argv) {
-  Program program("Simulated time to provision with the paces default, fast and robust");
+}  // namespace
+
+void runBenchmark(Program& program) {
   int runs = 200;
   program.options().add_option("--runs", runs, "Runs of each case");
-  program.parse(argc, argv);
+  program.parse("Simulated time to provision with the paces default, fast and robust");
 
   Table table("paces", "Time to provision with the named paces");
   for (const Sent& sent : makeCases()) {
     for (const int loss : losses()) addRows(table, sent, loss, runs);
   }
   program.print(table);
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

@@ -78,8 +78,9 @@ std::string textOf(const Pace& pace) {
   return text;
 }
 
-int run(int argc, char** argv) {
-  Program program("Search for pacing values, scored by 95th percentiles against the default pace");
+}  // namespace
+
+void runBenchmark(Program& program) {
   Limits limits;
   std::vector<int> lossPercents = {30};
   int runs = 200;
@@ -91,7 +92,7 @@ int run(int argc, char** argv) {
   program.options().add_option("--loss", lossPercents, "Losses to be good at, per cent");
   program.options().add_option("--runs", runs, "Runs of each case");
   program.options().add_option("--sweeps", sweeps, "How often each value is varied");
-  program.parse(argc, argv);
+  program.parse("Search for pacing values, scored by 95th percentiles against the default pace");
 
   const std::vector<Case> cases = makeCases(lossPercents);
   const std::vector<double> baseline = measure(kDefaultPace, cases, runs);
@@ -113,12 +114,6 @@ int run(int argc, char** argv) {
     }
   }
   program.print(table);
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

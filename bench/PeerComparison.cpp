@@ -40,11 +40,12 @@ Row makeRow(const PhonePlan& phone, const NamedRadio& air, int loss, const Named
   return row;
 }
 
-int run(int argc, char** argv) {
-  Program program("Simulated time to provision, default pacing, against models of common peers");
+}  // namespace
+
+void runBenchmark(Program& program) {
   int runs = 500;
   program.options().add_option("--runs", runs, "Runs of each case");
-  program.parse(argc, argv);
+  program.parse("Simulated time to provision, default pacing, against models of common peers");
 
   const PhonePlan phone = makePlan(secrets().front().secret, kDefaultPace, Channels());
   Table table("peers",
@@ -55,12 +56,6 @@ int run(int argc, char** argv) {
     }
   }
   program.print(table);
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

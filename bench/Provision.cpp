@@ -33,11 +33,12 @@ void addRows(Table& table, const std::string& sends, const NamedSecret& packet,
   }
 }
 
-int run(int argc, char** argv) {
-  Program program("Simulated time until a module has its credentials, against the least possible");
+}  // namespace
+
+void runBenchmark(Program& program) {
   int runs = 200;
   program.options().add_option("--runs", runs, "Runs of each case");
-  program.parse(argc, argv);
+  program.parse("Simulated time until a module has its credentials, against the least possible");
 
   Table table("provision",
               "Time to provision, default pacing; bound: an all-knowing receiver of the same frames");
@@ -51,12 +52,6 @@ int run(int argc, char** argv) {
     addRows(table, "both x 2 phones", packet, {&phone, &other}, runs);
   }
   program.print(table);
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

@@ -10,6 +10,7 @@
 #include "bench/support/ListenerUnderTest.h"
 #include "bench/support/PaintedStacks.h"
 #include "bench/support/Program.h"
+#include "bench/support/SampleRun.h"
 #include "bench/support/Statistics.h"
 #include "bench/support/UpgradingModule.h"
 
@@ -49,9 +50,8 @@ void pause() {
 /// Both senders have sent every kind of frame, version 3 too.
 void provision(ZorSuite& suite) {
   suite.SmartConfigV5_MixV3Enable(1);
-  suite.SmartConfigV5_Start("HomeWifi1", "password1234", 1000);
-  s_threadSmartConfigBc.waitUntilEmpty();
-  s_threadSmartConfigMc.waitUntilEmpty();
+  suite.SmartConfigV5_Start(kSsid, kPassPhrase, 1000);
+  waitForSenders();
 }
 
 /// The listener has read every kind of line and has reported.
@@ -106,30 +106,24 @@ Table stackTable() {
   return table;
 }
 
-int run(int argc, char** argv) {
-  Program program("Size of the shared library, its exports, and the stack of its workers");
+}  // namespace
+
+void runBenchmark(Program& program) {
   std::string library;
   std::string baseline;
   bool listExports = false;
   program.options().add_option("--library", library, "The stripped shared library")->required();
   program.options().add_option("--baseline", baseline, "The same with every symbol exported")->required();
   program.options().add_flag("--exports", listExports, "List the exported symbols instead");
-  program.parse(argc, argv);
+  program.parse("Size of the shared library, its exports, and the stack of its workers");
   const ElfFile file = readElfFile(library);
   if (listExports) {
     for (const std::string& name : file.exports) std::cout << name << "\n";
-    return 0;
+    return;
   }
-  Program::requireNamespace();
-  ZorSetLogSink([](const char*) {});
+  Program::prepareToSend();
   program.print(sizeTable(file, readElfFile(baseline)));
   program.print(stackTable());
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

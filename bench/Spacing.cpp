@@ -9,15 +9,11 @@
 #include "bench/support/CountedSleepRun.h"
 #include "bench/support/FrameCapture.h"
 #include "bench/support/Program.h"
-#include "bench/support/RecordedSchedule.h"
+#include "bench/support/SampleRun.h"
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
 namespace {
-
-constexpr const char* kSsid = "HomeWifi1";
-constexpr const char* kPassPhrase = "password1234";
-constexpr std::int32_t kNoTimeout = 3'600'000;
 
 struct Spacing {
   std::vector<double> gapErrorsMs;
@@ -61,11 +57,10 @@ std::vector<Spacing> judge(const FrameCapture& capture, const RunInputs& inputs)
 std::vector<Spacing> measureLibrary(const RunInputs& inputs, double seconds) {
   FrameCapture capture("zor1");
   ZorSuite suite;
-  suite.SmartConfigV5_Start(kSsid, kPassPhrase, kNoTimeout);
+  startSenders(suite);
   capture.drainFor(seconds);
   suite.SmartConfigStop();
-  s_threadSmartConfigBc.waitUntilEmpty();
-  s_threadSmartConfigMc.waitUntilEmpty();
+  waitForSenders();
   return judge(capture, inputs);
 }
 
@@ -91,15 +86,15 @@ Row makeRow(const char* channel, const char* waits, const Spacing& spacing, cons
           {"drift to baseline", ratio(std::fabs(spacing.driftPercent), std::fabs(baseline.driftPercent))}};
 }
 
-int run(int argc, char** argv) {
-  Program program("Spacing of the frames of a version 5 run against its schedule");
+}  // namespace
+
+void runBenchmark(Program& program) {
   double seconds = 10;
   program.options().add_option("--seconds", seconds, "Length of each of the two runs");
-  program.parse(argc, argv);
-  Program::requireNamespace();
-  ZorSetLogSink([](const char*) {});
+  program.parse("Spacing of the frames of a version 5 run against its schedule");
+  Program::prepareToSend();
 
-  const RunInputs inputs = makeInputs(kSsid, kPassPhrase);
+  const RunInputs inputs = sampleInputs();
   const std::vector<Spacing> library = measureLibrary(inputs, seconds);
   const std::vector<Spacing> baseline = measureBaseline(inputs, seconds);
   Table table("spacing", "Spacing of frames, default pacing, error of each gap against the schedule");
@@ -109,12 +104,6 @@ int run(int argc, char** argv) {
     table.add(makeRow(name, "counted 1 ms sleeps", baseline[channel], baseline[channel]));
   }
   program.print(table);
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

@@ -19,21 +19,16 @@ void addRows(Table& table, const char* channel, const RecordedSchedule& schedule
   }
 }
 
-int run(int argc, char** argv) {
-  Program program("Frames of the first second of a version 5 run, default pacing");
-  program.parse(argc, argv);
+}  // namespace
+
+void runBenchmark(Program& program) {
+  program.parse("Frames of the first second of a version 5 run, default pacing");
   const Secret& secret = secrets().front().secret;
   const RunInputs inputs = makeInputs(secret.ssid, secret.passPhrase);
   Table table("timeline", "Frames of a version 5 run");
   addRows(table, "multicast", recordMulticast(inputs));
   addRows(table, "broadcast", recordBroadcast(inputs));
   program.print(table);
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

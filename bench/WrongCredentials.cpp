@@ -52,15 +52,16 @@ void tell(std::uint64_t seed, int runsPerPacket, const receiver::Credentials& cr
             << credentials.passPhrase.size() << " + " << credentials.append.size() << "\n";
 }
 
-int run(int argc, char** argv) {
-  Program program("Simulated runs of random packets, counting credentials that no phone sent");
+}  // namespace
+
+void runBenchmark(Program& program) {
   int runs = 20'000;
   int runsPerPacket = 20;
   std::uint64_t seed = 1;
   program.options().add_option("--runs", runs, "Runs in all");
   program.options().add_option("--runs-per-packet", runsPerPacket, "Runs of each pair of random packets");
   program.options().add_option("--seed", seed, "Seed of the packets and of the runs");
-  program.parse(argc, argv);
+  program.parse("Simulated runs of random packets, counting credentials that no phone sent");
 
   std::vector<Tally> tallies(radios().size());
   for (const std::uint64_t end = seed + static_cast<std::uint64_t>(runs / runsPerPacket); seed < end;
@@ -89,12 +90,6 @@ int run(int argc, char** argv) {
                {"wrong to complete", ratio(tallies[i].wrong, tallies[i].complete)}});
   }
   program.print(table);
-  return 0;
 }
 
-}  // namespace
 }  // namespace zor::bench
-
-int main(int argc, char** argv) {
-  return zor::bench::run(argc, argv);
-}

@@ -4,26 +4,31 @@
 #include <fstream>
 #include <iostream>
 
+#include "ZOR/ZorSuite.h"
+
 namespace zor::bench {
 
-Program::Program(const std::string& description) : app_(description) {
+Program::Program(int argc, char** argv) : argc_(argc), argv_(argv) {
   app_.add_flag("--json", json_, "Print one JSON object per line");
   app_.add_option("--csv", csvFile_, "Write comma-separated values to this file as well");
 }
 
-void Program::parse(int argc, char** argv) {
+void Program::parse(const std::string& description) {
+  app_.description(description);
   try {
-    app_.parse(argc, argv);
+    app_.parse(argc_, argv_);
   } catch (const CLI::ParseError& error) {
     std::exit(app_.exit(error));
   }
 }
 
-void Program::requireNamespace() {
+void Program::prepareToSend() {
   const char* const mark = std::getenv("ZOR_NAMESPACE");
-  if (mark != nullptr && std::string(mark) == "1") return;
-  std::cerr << "Run this with scripts/in-namespace: it sends multicasts and broadcasts.\n";
-  std::exit(2);
+  if (mark == nullptr || std::string(mark) != "1") {
+    std::cerr << "Run this with scripts/in-namespace: it sends multicasts and broadcasts.\n";
+    std::exit(2);
+  }
+  ZorSetLogSink([](const char*) {});
 }
 
 void Program::print(const Table& table) const {
@@ -34,3 +39,9 @@ void Program::print(const Table& table) const {
 }
 
 }  // namespace zor::bench
+
+int main(int argc, char** argv) {
+  zor::bench::Program program(argc, argv);
+  zor::bench::runBenchmark(program);
+  return 0;
+}
