@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "ZOR/ZorSuite.h"
-#include "tests/support/Module.h"
+#include "tests/support/UdpPeer.h"
 #include "tests/support/RecordingDelegate.h"
 
 namespace {
@@ -13,7 +13,7 @@ namespace {
 /// Leaves the process, with destructors and exit handlers, while every worker runs and a callback
 /// waits on the queue.
 [[noreturn]] void exitInMidRun(int delayMs) {
-  const Module module(0, "127.0.0.1");
+  const UdpPeer module(0, "127.0.0.1");
   ZorSuite suite;
   suite.setDelegate(std::make_shared<RecordingDelegate>());
   suite.SmartConfigOnlineListen(25010);

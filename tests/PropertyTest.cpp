@@ -94,7 +94,7 @@ RC_GTEST_PROP(RecordTable, HoldsTheLatestHundred, ()) {
     if (known) continue;
     table.add(recordOf(number));
     model.push_back(number);
-    if (model.size() > zor::RecordTable::kMostRecords) model.pop_front();
+    if (model.size() > 100) model.pop_front();
   }
 }
 

@@ -1,57 +1,40 @@
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
-#include "ZOR/ZorSuite.h"
-#include "tests/support/FakeSystem.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Module.h"
-#include "tests/support/RecordingDelegate.h"
-#include "tests/support/Wait.h"
+#include "tests/support/SuiteTest.h"
 
 namespace {
 
 using Strings = std::vector<std::string>;
 
-bool searchOver() {
-  return !s_threadDeviceSearch;
-}
-
-class Search : public testing::Test {
+class Search : public SuiteTest {
  protected:
-  Search() {
-    ZorGetUsec();
-    // As in an application that runs for a while: the first request is due at once.
-    system.clockAheadMs = 100000;
-    suite.setDelegate(delegate);
+  // As in an application that runs for a while: the first request is due at once.
+  Search() { system.clockAheadMs = 100000; }
+
+  void start(std::int32_t intervalMs, std::int32_t count) {
+    suite.DeviceSearchSetProperty(intervalMs, count);
+    suite.DeviceSearch();
   }
-  ~Search() override {
-    suite.DeviceSearchSetProperty(0, 0);
-    s_threadDeviceSearch.waitUntilEmpty();
-  }
+  static bool isSearchOver() { return isOver(s_threadDeviceSearch, 3000); }
 
   /// Makes the application's network answer `count` requests, each with `answer`; returns them.
   Strings answerRequests(int count, const std::string& answer) {
     Strings lines;
     for (int i = 0; i < count; ++i) {
-      const Module::Request request = module.receive();
-      lines.push_back(request.line);
-      if (!request.line.empty()) module.answer(request, answer);
+      const UdpPeer::Datagram request = searched.receive();
+      lines.push_back(request.text);
+      if (!request.text.empty()) searched.answer(request, answer);
     }
     return lines;
   }
 
-  FakeSystem system;
-  std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
-  ZorSuite suite;
-  Module module{25000};
+  UdpPeer searched{25000};
 };
 
 TEST_F(Search, SendsNumberedRequestsAtTheirInterval) {
-  suite.DeviceSearchSetProperty(30, 4);
-  suite.DeviceSearch();
-  ASSERT_TRUE(waitUntil(searchOver, 3000));
+  start(30, 4);
+  ASSERT_TRUE(isSearchOver());
   const std::vector<SentDatagram> sent = system.sent();
   ASSERT_EQ(sent.size(), 4U);
   for (std::size_t i = 0; i < sent.size(); ++i) {
@@ -72,8 +55,8 @@ TEST_F(Search, ReportsEachModuleOncePerSearch) {
     suite.DeviceSearch();
     EXPECT_EQ(answerRequests(4, "XCMD_RSP:77:mac=A,ver=1,cap=2,name=x\r\n").back(),
               "xcmd_req:3:cmd=info,\r\n");
-    ASSERT_TRUE(waitUntil(searchOver, 3000));
-    module.receive(0);
+    ASSERT_TRUE(isSearchOver());
+    searched.receive(0);
     ZorRunMainQueue(0);
   }
   EXPECT_EQ(delegate->searched, Strings(2, "A|10.77.0.1|1|2|name=x"));
@@ -85,48 +68,41 @@ TEST_F(Search, ReportsEachModuleOncePerSearch) {
                              "xcmd_rsp:1:MAC=Z,ver=2,cap=2", "xcmd_notify:1:mac=B,ver=2,cap=2"}) {
     answerRequests(1, answer);
   }
-  ASSERT_TRUE(waitUntil(searchOver, 3000));
+  ASSERT_TRUE(isSearchOver());
   ZorRunMainQueue(0);
   EXPECT_EQ(delegate->searched.size(), 4U) << "another version is another report, capital keys are none";
 }
 
 TEST_F(Search, SendsNothingWhenThereIsNothingToSend) {
   for (const std::int32_t count : {0, -3}) {
-    suite.DeviceSearchSetProperty(100, count);
-    suite.DeviceSearch();
-    ASSERT_TRUE(waitUntil(searchOver, 1000));
+    start(100, count);
+    ASSERT_TRUE(isSearchOver());
     EXPECT_TRUE(system.sent().empty());
   }
 }
 
 TEST_F(Search, EndsRightAfterTheReceiveBehindItsLastRequest) {
-  suite.DeviceSearchSetProperty(5000, 1);
-  const auto before = std::chrono::steady_clock::now();
-  suite.DeviceSearch();
-  ASSERT_TRUE(waitUntil(searchOver, 1000));
-  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(200));
+  start(5000, 1);
+  ASSERT_TRUE(isOver(s_threadDeviceSearch, 200));
   EXPECT_EQ(system.sent().size(), 1U);
-  module.answer(module.receive(), "xcmd_rsp:0:mac=LATE,ver=1,cap=1");
+  searched.answer(searched.receive(), "xcmd_rsp:0:mac=LATE,ver=1,cap=1");
   EXPECT_EQ(ZorRunMainQueue(50), 0);
 }
 
 TEST_F(Search, FollowsItsTunablesWhileItRuns) {
-  suite.DeviceSearchSetProperty(60000, 50);
-  suite.DeviceSearch();
+  start(60000, 50);
   ASSERT_TRUE(system.waitForSends(1, 1000));
   suite.DeviceSearchSetProperty(-1, 50);
   ASSERT_TRUE(system.waitForSends(8, 1000)) << "a negative interval asks on every pass";
   suite.DeviceSearchSetProperty(-1, 3);
-  EXPECT_TRUE(waitUntil(searchOver, 1000)) << "a maximum below what was sent ends it";
+  EXPECT_TRUE(isSearchOver()) << "a maximum below what was sent ends it";
 }
 
 TEST_F(Search, IsReplacedByANewOneAndByNothingElse) {
-  suite.DeviceSearchSetProperty(60000, 50);
-  suite.DeviceSearch();
+  start(60000, 50);
   ASSERT_TRUE(system.waitForSends(1, 1000));
   suite.SmartConfigStop();
-  std::this_thread::sleep_for(std::chrono::milliseconds(40));
-  EXPECT_FALSE(searchOver());
+  EXPECT_FALSE(isOver(s_threadDeviceSearch, 40));
   ZorSuite().DeviceSearch();
   ASSERT_TRUE(system.waitForSends(2, 1000));
   EXPECT_EQ(system.sent()[1].bytes, "xcmd_req:0:cmd=info,\r\n");
@@ -134,26 +110,22 @@ TEST_F(Search, IsReplacedByANewOneAndByNothingElse) {
 }
 
 TEST_F(Search, CountsRequestsThatCouldNotBeSent) {
-  const LogCapture log;
   system.failSendsWhen([](const SentDatagram&) { return true; });
-  suite.DeviceSearchSetProperty(5, 3);
-  suite.DeviceSearch();
-  ASSERT_TRUE(waitUntil(searchOver, 1000));
+  start(5, 3);
+  ASSERT_TRUE(isSearchOver());
   EXPECT_EQ(log.lines(), Strings(3, "b)warning 1"));
   system.denySockets = true;
   suite.DeviceSearch();
-  EXPECT_TRUE(waitUntil(searchOver, 1000));
+  EXPECT_TRUE(isSearchOver());
 }
 
-TEST(SearchClock, DelaysTheFirstRequestOfAClockThatStandsAtZero) {
-  FakeSystem system;
-  ZorSuite suite;
-  suite.DeviceSearchSetProperty(80, 1);
+TEST_F(Search, DelaysTheFirstRequestOfAClockThatStandsAtZero) {
+  system.clockAheadMs -= ZorGetUsec();
   const auto before = std::chrono::steady_clock::now();
-  suite.DeviceSearch();
+  start(80, 1);
   ASSERT_TRUE(system.waitForSends(1, 2000));
   EXPECT_GE(system.sent()[0].when - before, std::chrono::milliseconds(80));
-  EXPECT_TRUE(waitUntil(searchOver, 1000));
+  EXPECT_TRUE(isSearchOver());
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include "ZOR/ZorSuite.h"
 #include "tests/support/FakeSystem.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/Module.h"
+#include "tests/support/UdpPeer.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ TEST(UdpSockets, TellWhatFailed) {
 }
 
 TEST(UdpReceive, TakesOneDatagramAndEndsItWithNul) {
-  const Module module(40000, "127.0.0.2");
+  const UdpPeer module(40000, "127.0.0.2");
   const std::int32_t socket = ZorUdpInit(25010);
   char buffer[8];
   char source[16] = "unset";
@@ -72,7 +72,7 @@ TEST(UdpReceive, WorksBeyondAThousandDescriptors) {
   }
   const std::int32_t socket = ZorUdpInit(25010);
   ASSERT_GT(socket, 1024);
-  const Module module;
+  const UdpPeer module;
   module.send("far", 25010);
   char buffer[8];
   EXPECT_EQ(ZorUdpRecvData(socket, buffer, 7, nullptr, nullptr), 3);

@@ -12,8 +12,9 @@
 #include <vector>
 
 #include "tests/support/HttpServer.h"
-#include "tests/support/Phone.h"
 #include "tests/support/RunningModule.h"
+#include "tests/support/UdpPeer.h"
+#include "tests/support/Wait.h"
 
 namespace zor::receiver {
 namespace {
@@ -22,24 +23,34 @@ using namespace std::literals;
 using Kind = ModuleEvent::Kind;
 using Clock = std::chrono::steady_clock;
 
+constexpr char kModule[] = "10.77.0.1";
+constexpr std::uint16_t kModulePort = 25000;
+
 constexpr char kInfo[] = "xcmd_req:7:cmd=info,\r\n";
 constexpr char kStatus[] = "xcmd_req:321:cmd=upgradestatus\r\n";
+constexpr char kAccepted[] = "xcmd_rsp:123:ret=0\r\n";
 constexpr char kPairs[] = "mac=02:00:00:00:00:02,ver=1.0.0,cap=0x1,name=virtual\r\n";
+
+/// The module's first answer to a request, empty when none comes in time.
+std::string ask(const UdpPeer& phone, const std::string& request) {
+  phone.send(request, kModulePort, kModule);
+  return phone.receive().text;
+}
 
 /// SSID "abc", pass phrase "pass", append 01 B3 61: notifications to port 25011.
 const std::vector<int> kPacket = {0x13, 0x4C, 3, 4, 'a', 'b', 'c', 'p', 'a', 's', 's', 0x01, 0xB3, 0x61};
 
-void sendMulticastCycle(Phone& phone) {
+void sendMulticastCycle(const UdpPeer& phone) {
   phone.send(std::string(30, '\0'), 6001, "239.122.111.114");
   for (std::size_t i = 0; i < kPacket.size(); i += 2) {
     const std::string group = (i / 2 % 2 == 0 ? "239.111." : "239.114.") + std::to_string(kPacket[i]) + "." +
                               std::to_string(kPacket[i + 1]);
     std::this_thread::sleep_for(2ms);
-    phone.send(std::string(30 + i / 2, '\0'), 6001, group.c_str());
+    phone.send(std::string(30 + i / 2, '\0'), 6001, group);
   }
 }
 
-void sendBroadcastCycle(Phone& phone) {
+void sendBroadcastCycle(const UdpPeer& phone) {
   std::vector<int> lengths = {30, 388, 31};
   for (std::size_t i = 0; i < kPacket.size(); ++i) {
     lengths.push_back(132 + kPacket[i]);
@@ -51,8 +62,8 @@ void sendBroadcastCycle(Phone& phone) {
   }
 }
 
-std::optional<ModuleEvent> provision(RunningModule& module, void (*sendCycle)(Phone&), Kind outcome) {
-  Phone phone;
+std::optional<ModuleEvent> provision(RunningModule& module, void (*sendCycle)(const UdpPeer&), Kind outcome) {
+  const UdpPeer phone;
   for (int i = 0; i < 40; ++i) {
     sendCycle(phone);
     if (auto event = module.waitFor(outcome, 20ms)) return event;
@@ -60,10 +71,10 @@ std::optional<ModuleEvent> provision(RunningModule& module, void (*sendCycle)(Ph
   return std::nullopt;
 }
 
-class Provisioning : public testing::TestWithParam<void (*)(Phone&)> {};
+class Provisioning : public testing::TestWithParam<void (*)(const UdpPeer&)> {};
 
 TEST_P(Provisioning, FramesMakeTheModuleJoinAndAnnounceItself) {
-  Phone listener{25011};
+  const UdpPeer listener(25011);
   RunningModule module(optionsOf(false));
   const auto decoded = provision(module, GetParam(), Kind::decoded);
   ASSERT_TRUE(decoded);
@@ -80,11 +91,11 @@ TEST_P(Provisioning, FramesMakeTheModuleJoinAndAnnounceItself) {
   }
   EXPECT_EQ(listener.receive(400).text, "");
 
-  Phone phone;
-  phone.send("xcmd_req:4:cmd=info,\r\n", 25000, "255.255.255.255");
-  const Phone::Line answer = phone.receive();
+  const UdpPeer phone;
+  phone.send("xcmd_req:4:cmd=info,\r\n", kModulePort, "255.255.255.255");
+  const UdpPeer::Datagram answer = phone.receive();
   EXPECT_EQ(answer.text, "xcmd_rsp:4:"s + kPairs);
-  EXPECT_EQ(answer.port, 25000);
+  EXPECT_EQ(answer.port, kModulePort);
   EXPECT_EQ(module.stop(), "");
 }
 
@@ -97,7 +108,8 @@ TEST(VirtualModule, StaysOutsideOfOtherNetworks) {
   options.acceptedPassPhrase = "another";
   RunningModule module(options);
   ASSERT_TRUE(provision(module, &sendMulticastCycle, Kind::refused));
-  EXPECT_FALSE(RunningModule::isOnline(300ms));
+  const UdpPeer phone;
+  EXPECT_EQ(ask(phone, kInfo), "");
 }
 
 TEST(VirtualModule, SaysWhyItCannotLive) {
@@ -107,7 +119,7 @@ TEST(VirtualModule, SaysWhyItCannotLive) {
   VirtualModuleOptions hostile = optionsOf(true);
   hostile.version = "1\r\nxcmd_notify:";
   EXPECT_EQ(RunningModule(hostile).join(), "the version holds a comma or something unprintable");
-  const Phone taken{25000};
+  const UdpPeer taken(kModulePort);
   EXPECT_EQ(RunningModule(optionsOf(true)).join(), "cannot open UDP port 25000: Address already in use");
 }
 
@@ -151,7 +163,7 @@ class Upgrade : public testing::Test {
     return result;
   }
 
-  Phone phone_;
+  UdpPeer phone_;
 
  private:
   char directory_[32] = "/tmp/VirtualModule.XXXXXX";
@@ -166,17 +178,14 @@ TEST_F(Upgrade, FetchesTheFileOctetForOctet) {
   for (std::size_t i = 0; i < firmware.size(); ++i) firmware[i] = static_cast<char>(i * 31 + i / 255);
   const HttpServer server("HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n\r\n" + firmware);
   RunningModule module(options());
-  ASSERT_TRUE(RunningModule::isOnline());
+  ASSERT_TRUE(module.isStarted());
   // A phone that misses the answer repeats the command.
   for (int i = 0; i < 3; ++i) {
-    phone_.send(command(server));
-    EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
+    EXPECT_EQ(ask(phone_, command(server)), kAccepted);
   }
   ASSERT_TRUE(module.waitFor(Kind::downloadDone));
-  phone_.send(command(server));
-  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
-  phone_.send(kStatus);
-  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:321:status=100\r\n");
+  EXPECT_EQ(ask(phone_, command(server)), kAccepted);
+  EXPECT_EQ(ask(phone_, kStatus), "xcmd_rsp:321:status=100\r\n");
   EXPECT_EQ(server.connections(), 1);
 
   std::ifstream file(path(), std::ios::binary);
@@ -203,14 +212,12 @@ TEST_F(Upgrade, KeepsNothingOfWhatIsNotAWholeFile) {
   for (const auto& [response, failure] : kCases) {
     const HttpServer server(response);
     RunningModule module(options());
-    ASSERT_TRUE(RunningModule::isOnline());
-    phone_.send(command(server));
-    EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
+    ASSERT_TRUE(module.isStarted());
+    EXPECT_EQ(ask(phone_, command(server)), kAccepted);
     const auto failed = module.waitFor(Kind::downloadFailed);
     ASSERT_TRUE(failed) << response;
     EXPECT_EQ(failed->text, failure);
-    phone_.send(kStatus);
-    EXPECT_EQ(phone_.receive().text, "xcmd_rsp:321:status=-6\r\n");
+    EXPECT_EQ(ask(phone_, kStatus), "xcmd_rsp:321:status=-6\r\n");
     EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=-6\r\n");
     EXPECT_EQ(filesLeft(), 0U) << response;
   }
@@ -221,12 +228,11 @@ VirtualModule* interrupted = nullptr;
 TEST_F(Upgrade, IsGivenUpWhenASignalStopsTheModule) {
   const HttpServer server("");
   RunningModule module(options());
-  ASSERT_TRUE(RunningModule::isOnline());
-  phone_.send(command(server));
-  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
-  phone_.send("xcmd_req:123:cmd=upgrade,host=127.0.0.1,port=1,file=/other\r\n");
-  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=-5\r\n");
-  while (server.connections() == 0) std::this_thread::sleep_for(1ms);
+  ASSERT_TRUE(module.isStarted());
+  EXPECT_EQ(ask(phone_, command(server)), kAccepted);
+  EXPECT_EQ(ask(phone_, "xcmd_req:123:cmd=upgrade,host=127.0.0.1,port=1,file=/other\r\n"),
+            "xcmd_rsp:123:ret=-5\r\n");
+  ASSERT_TRUE(waitUntil([&] { return server.connections() > 0; }, 5000));
 
   interrupted = &module.module();
   std::signal(SIGUSR1, [](int) { interrupted->stop(); });
@@ -242,36 +248,34 @@ TEST_F(Upgrade, CanBeAnsweredAfterItsStatus) {
   VirtualModuleOptions late = options();
   late.misbehaviour = Misbehaviour::lateCommandAnswer;
   RunningModule module(late);
-  ASSERT_TRUE(RunningModule::isOnline());
-  phone_.send(command(server));
-  EXPECT_TRUE(phone_.receive().text.starts_with("xcmd_rsp:321:status="));
+  ASSERT_TRUE(module.isStarted());
+  EXPECT_TRUE(ask(phone_, command(server)).starts_with("xcmd_rsp:321:status="));
   ASSERT_TRUE(module.waitFor(Kind::downloadDone));
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(phone_.receive(20).text, "");
-    phone_.send(kStatus);
-    EXPECT_EQ(phone_.receive().text, "xcmd_rsp:321:status=50\r\n");
+    EXPECT_EQ(ask(phone_, kStatus), "xcmd_rsp:321:status=50\r\n");
   }
-  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=0\r\n");
-  phone_.send(kStatus);
-  EXPECT_EQ(phone_.receive().text, "xcmd_rsp:321:status=100\r\n");
+  EXPECT_EQ(phone_.receive().text, kAccepted);
+  EXPECT_EQ(ask(phone_, kStatus), "xcmd_rsp:321:status=100\r\n");
 }
 
 struct MisbehaviourCase {
   Misbehaviour misbehaviour;
   std::vector<std::string> requests, answers;
-  std::chrono::milliseconds delay = 0ms;
+  int delayMs = 0;
 };
 
-/// Everything that comes until a quarter of a second of silence; octets that are no line count as "garbage".
-std::vector<std::string> answersTo(const MisbehaviourCase& wanted, Phone& phone, std::vector<int>& ports) {
+/// Everything that comes until a quarter of a second of silence, without its line ends; octets that are no
+/// line count as "garbage". A line from another port than the module's has that behind it.
+std::vector<std::string> answersTo(const MisbehaviourCase& wanted) {
+  const UdpPeer phone;
   std::vector<std::string> answers;
   for (const std::string& request : wanted.requests) {
-    phone.send(request);
-    for (Phone::Line line;
-         !(line = phone.receive(static_cast<int>(wanted.delay.count()) + 250)).text.empty();) {
+    phone.send(request, kModulePort, kModule);
+    for (UdpPeer::Datagram line; !(line = phone.receive(wanted.delayMs + 250)).text.empty();) {
       const bool isLine = line.text.ends_with("\r\n") && line.text.find(':') == 8;
       answers.push_back(isLine ? line.text.substr(0, line.text.size() - 2) : "garbage");
-      ports.push_back(line.port);
+      if (line.port != kModulePort) answers.back() += " from another port";
     }
   }
   return answers;
@@ -281,8 +285,8 @@ TEST(VirtualModule, MisbehavesAsItIsTold) {
   const std::string info = "xcmd_rsp:7:mac=02:00:00:00:00:02,ver=1.0.0,cap=0x1,name=virtual";
   const MisbehaviourCase kCases[] = {
       {Misbehaviour::silent, {kInfo, kStatus}, {}},
-      {Misbehaviour::slowAnswers, {kInfo}, {info}, 2000ms},
-      {Misbehaviour::otherPort, {kInfo}, {info}},
+      {Misbehaviour::slowAnswers, {kInfo}, {info}, 2000},
+      {Misbehaviour::otherPort, {kInfo}, {info + " from another port"}},
       {Misbehaviour::negativeStatus, {kStatus}, {"xcmd_rsp:321:status=-3"}},
       {Misbehaviour::garbageLines, {kInfo}, {"garbage", info, "garbage"}},
       {Misbehaviour::capitals, {kInfo}, {"XCMD_RSP" + info.substr(8)}},
@@ -290,13 +294,10 @@ TEST(VirtualModule, MisbehavesAsItIsTold) {
   for (const MisbehaviourCase& wanted : kCases) {
     SCOPED_TRACE(static_cast<int>(wanted.misbehaviour));
     RunningModule module(optionsOf(true, wanted.misbehaviour));
-    ASSERT_TRUE(RunningModule::isOnline());
-    Phone phone;
-    std::vector<int> ports;
+    ASSERT_TRUE(module.isStarted());
     const Clock::time_point start = Clock::now();
-    EXPECT_EQ(answersTo(wanted, phone, ports), wanted.answers);
-    EXPECT_GE(Clock::now() - start, wanted.delay);
-    for (const int port : ports) EXPECT_EQ(port != 25000, wanted.misbehaviour == Misbehaviour::otherPort);
+    EXPECT_EQ(answersTo(wanted), wanted.answers);
+    EXPECT_GE(Clock::now() - start, wanted.delayMs * 1ms);
   }
 }
 

@@ -24,10 +24,11 @@ class LogCapture {
     return kept_->lines;
   }
 
-  bool has(const std::string& line) const {
+  std::ptrdiff_t count(const std::string& line) const {
     const std::vector<std::string> all = lines();
-    return std::find(all.begin(), all.end(), line) != all.end();
+    return std::count(all.begin(), all.end(), line);
   }
+  bool has(const std::string& line) const { return count(line) > 0; }
 
  private:
   struct Kept {

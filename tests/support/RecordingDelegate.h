@@ -1,6 +1,6 @@
 #pragma once
 
-#include <mutex>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -10,25 +10,26 @@
 /// Keeps what it hears as "id|address|version|capabilities|extension", and on which thread.
 class RecordingDelegate : public ZorSuiteDelegate {
  public:
-  void onSearchFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
-                     const std::string& MODULE_CAP, const std::string& MODULE_EXT) override {
-    searched.push_back(join(moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT));
-    thread = std::this_thread::get_id();
-  }
+  using Text = const std::string&;
 
-  void onSmartFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
-                    const std::string& MODULE_CAP, const std::string& MODULE_EXT) override {
-    announced.push_back(join(moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT));
-    thread = std::this_thread::get_id();
+  void onSearchFound(Text id, Text address, Text version, Text capabilities, Text extension) override {
+    keep(searched, id + "|" + address + "|" + version + "|" + capabilities + "|" + extension);
+  }
+  void onSmartFound(Text id, Text address, Text version, Text capabilities, Text extension) override {
+    keep(announced, id + "|" + address + "|" + version + "|" + capabilities + "|" + extension);
   }
 
   std::vector<std::string> searched, announced;
   std::thread::id thread;
+  /// Done in each callback; may replace itself.
+  std::function<void()> act = [] {};
 
  private:
-  static std::string join(const std::string& id, const std::string& ip, const std::string& ver,
-                          const std::string& cap, const std::string& ext) {
-    return id + "|" + ip + "|" + ver + "|" + cap + "|" + ext;
+  void keep(std::vector<std::string>& list, Text heard) {
+    list.push_back(heard);
+    thread = std::this_thread::get_id();
+    const std::function<void()> action = act;
+    action();
   }
 };
 

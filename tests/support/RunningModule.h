@@ -2,8 +2,6 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <fstream>
-#include <iterator>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -40,6 +38,9 @@ class RunningModule {
     if (thread_.joinable()) stop();
   }
 
+  /// True once the module lives; one that is provisioned answers from then on.
+  bool isStarted() { return waitFor(ModuleEvent::Kind::started).has_value(); }
+
   VirtualModule& module() { return module_; }
 
   /// What run() returned.
@@ -62,18 +63,6 @@ class RunningModule {
       return found.has_value();
     });
     return found;
-  }
-
-  /// Waits for the module's port to be open, without asking the module.
-  static bool isOnline(std::chrono::milliseconds limit = kLimit) {
-    const std::string port = ":61A8 ";  // 25000
-    for (const auto end = std::chrono::steady_clock::now() + limit; std::chrono::steady_clock::now() < end;
-         std::this_thread::sleep_for(std::chrono::milliseconds{2})) {
-      std::ifstream sockets("/proc/net/udp");
-      if (std::string(std::istreambuf_iterator<char>(sockets), {}).find(port) != std::string::npos)
-        return true;
-    }
-    return false;
   }
 
  private:

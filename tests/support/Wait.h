@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <ctime>
 #include <thread>
 
 /// Waits until `condition` holds; false when it does not within `limitMs`.
@@ -12,4 +13,11 @@ bool waitUntil(Condition condition, int limitMs) {
     std::this_thread::sleep_for(std::chrono::microseconds(100));
   }
   return true;
+}
+
+/// The processor time, milliseconds, that the whole process takes in the next `durationMs`.
+inline double processorMsWithin(int durationMs) {
+  const std::clock_t before = std::clock();
+  std::this_thread::sleep_for(std::chrono::milliseconds(durationMs));
+  return static_cast<double>(std::clock() - before) * 1000 / CLOCKS_PER_SEC;
 }

@@ -9,16 +9,17 @@
 #include <stdexcept>
 #include <string>
 
-/// A module's socket on the loopback or in the test's network, bound to an address and port.
-class Module {
+/// A UDP socket of the test's own on the loopback or in the test's network: a module's or a phone's.
+class UdpPeer {
  public:
-  struct Request {
-    std::string line;
-    std::uint16_t port = 0;  ///< Where the answer goes, on `address`.
+  struct Datagram {
+    std::string text;        ///< Empty when none came in time.
+    std::uint16_t port = 0;  ///< Where it came from, on `address`.
     std::string address;
   };
 
-  explicit Module(std::uint16_t port = 0, const std::string& address = "0.0.0.0") {
+  /// \param port 0 for an ephemeral one.
+  explicit UdpPeer(std::uint16_t port = 0, const std::string& address = "0.0.0.0") {
     descriptor_ = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const int on = 1;
     setsockopt(descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
@@ -26,16 +27,16 @@ class Module {
     const sockaddr_in local = at(port, address);
     if (bind(descriptor_, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
       close(descriptor_);
-      throw std::runtime_error("cannot bind a module's socket");
+      throw std::runtime_error("cannot bind a socket of the test");
     }
   }
-  ~Module() { close(descriptor_); }
-  Module(const Module&) = delete;
-  Module& operator=(const Module&) = delete;
+  ~UdpPeer() { close(descriptor_); }
+  UdpPeer(const UdpPeer&) = delete;
+  UdpPeer& operator=(const UdpPeer&) = delete;
 
-  void send(const std::string& line, std::int32_t port, const std::string& address = "127.0.0.1") const {
+  void send(const std::string& text, std::int32_t port, const std::string& address = "127.0.0.1") const {
     sockaddr_in to = at(static_cast<std::uint16_t>(port), address);
-    iovec content{const_cast<char*>(line.data()), line.size()};
+    iovec content{const_cast<char*>(text.data()), text.size()};
     msghdr message{};
     message.msg_name = &to;
     message.msg_namelen = sizeof to;
@@ -44,8 +45,7 @@ class Module {
     sendmsg(descriptor_, &message, 0);  // Not sendto, whose calls are taken for the library's.
   }
 
-  /// The next request, with an empty line when none comes in time.
-  Request receive(int limitMs = 1000) const {
+  Datagram receive(int limitMs = 1000) const {
     pollfd wanted{descriptor_, POLLIN, 0};
     if (poll(&wanted, 1, limitMs) <= 0) return {};
     char buffer[2048];
@@ -59,8 +59,8 @@ class Module {
     return {std::string(buffer, static_cast<std::size_t>(count)), ntohs(from.sin_port), address};
   }
 
-  void answer(const Request& request, const std::string& line) const {
-    send(line, request.port, request.address);
+  void answer(const Datagram& request, const std::string& text) const {
+    send(text, request.port, request.address);
   }
 
  private:
