@@ -26,70 +26,54 @@ void requireSoundProgress(const Decoder& decoder) {
   }
 }
 
-/// Frames that nobody has composed, near enough to real ones to be looked at.
-void hearAnything(FuzzedDataProvider& data) {
-  Decoder decoder;
-  std::uint64_t now = 0;
-  while (data.remaining_bytes() > 0) {
-    const std::uint8_t kind = data.ConsumeIntegral<std::uint8_t>();
-    Observation frame;
-    frame.sender = {2, 0, 0, 0, 0, static_cast<std::uint8_t>(kind >> 3)};
-    frame.destination.fill(0xff);
-    static constexpr std::uint8_t kMarks[] = {122, 111, 114, 90, 79, 82};
-    if (kind % 8 < 6) {
-      const auto second = data.ConsumeIntegral<std::uint8_t>(), third = data.ConsumeIntegral<std::uint8_t>();
-      frame.destination = {0x01, 0x00, 0x5e, kMarks[kind % 8], second, third};
-    }
-    frame.frameLength =
-        kind == 0xff ? data.ConsumeIntegral<std::int32_t>() : data.ConsumeIntegral<std::int16_t>();
-    if (kind == 0xfe) now = data.ConsumeIntegral<std::uint64_t>();
-    now += 5000U * data.ConsumeIntegral<std::uint8_t>();
-    frame.timeMicroseconds = static_cast<std::int64_t>(now);
-    if (const auto credentials = decoder.observe(frame)) requireSound(*credentials);
+/// A frame that nobody has composed, near enough to a real one to be looked at.
+Observation anyFrame(FuzzedDataProvider& data, std::int64_t timeMicroseconds) {
+  const auto kind = data.ConsumeIntegral<std::uint8_t>();
+  Observation frame{timeMicroseconds, {4, 0, 0, 0, 0, static_cast<std::uint8_t>(kind >> 3)}, {}, 0};
+  frame.destination.fill(0xff);
+  static constexpr std::uint8_t kMarks[] = {122, 111, 114, 90, 79, 82};
+  if (kind % 8 < 6) {
+    const auto second = data.ConsumeIntegral<std::uint8_t>(), third = data.ConsumeIntegral<std::uint8_t>();
+    frame.destination = {0x01, 0x00, 0x5e, kMarks[kind % 8], second, third};
   }
-  requireSoundProgress(decoder);
+  frame.frameLength =
+      kind == 0xff ? data.ConsumeIntegral<std::int32_t>() : data.ConsumeIntegral<std::int16_t>();
+  if (kind == 0xfe) frame.timeMicroseconds = data.ConsumeIntegral<std::int64_t>();
+  return frame;
 }
 
-/// A run whose frames are lost, repeated and joined by those of another run of another phone: it is
-/// heard as it was or not at all.
-void hearRun(FuzzedDataProvider& data) {
+}  // namespace
+
+/// A run whose frames are lost, repeated, and joined by those of another run of another phone and by
+/// senseless ones: it is heard as it was or not at all.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  FuzzedDataProvider data(bytes, size);
   const std::string ssid = data.ConsumeRandomLengthString(32).c_str();
   const std::string password = data.ConsumeRandomLengthString(64).c_str();
   const RunTexts texts{ssid, password, data.ConsumeRandomLengthString(16)};
   const RunTexts others{"neighbour", "another pass phrase", ""};
   const std::vector<Observation> frames = runOnAir(texts, data.PickValueInArray(kRunKinds), 1);
   std::vector<Observation> neighbour = runOnAir(others, RunKind::both, 1);
+  for (Observation& frame : neighbour) frame.sender = MacAddress{2, 0, 0, 0, 0, 9};
 
   Decoder decoder;
   const auto hear = [&](const Observation& frame) {
     const auto credentials = decoder.observe(frame);
     if (!credentials) return;
     requireSound(*credentials);
-    require((credentials->sender == frames[0].sender ? texts : others).are(*credentials));
+    if (credentials->sender == frames[0].sender) require(texts.are(*credentials));
+    if (credentials->sender == neighbour[0].sender) require(others.are(*credentials));
   };
-  for (std::size_t i = 0; i < frames.size(); ++i) {
-    const std::uint8_t fate = data.ConsumeIntegral<std::uint8_t>();
-    if (fate % 4 == 1) continue;
-    hear(frames[i]);
-    if (fate % 4 == 2) hear(frames[i]);
-    if (fate % 4 == 3 && i < neighbour.size()) {
-      neighbour[i].sender = MacAddress{2, 0, 0, 0, 0, 9};
-      neighbour[i].timeMicroseconds = frames[i].timeMicroseconds;
-      hear(neighbour[i]);
-    }
+  for (std::size_t i = 0; i < frames.size();) {
+    Observation interrupting = neighbour[i % neighbour.size()];
+    interrupting.timeMicroseconds = frames[i].timeMicroseconds;
+    enum Fate { once, again, lost, behindTheNeighbour, behindAnything };
+    const int fate = data.ConsumeIntegralInRange<int>(once, behindAnything);
+    if (fate == behindTheNeighbour) hear(interrupting);
+    if (fate == behindAnything) hear(anyFrame(data, frames[i].timeMicroseconds));
+    if (fate == once || fate == again) hear(frames[i]);
+    if (fate == once || fate == lost) ++i;
   }
   requireSoundProgress(decoder);
-}
-
-}  // namespace
-
-/// First byte: random frames, or a run with mutations.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  FuzzedDataProvider data(bytes, size);
-  if (data.ConsumeBool()) {
-    hearAnything(data);
-  } else {
-    hearRun(data);
-  }
   return 0;
 }

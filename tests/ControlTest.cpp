@@ -1,26 +1,20 @@
-#include <gtest/gtest.h>
-
-#include <cstring>
 #include <string>
 #include <vector>
 
-#include "ZOR/ZorSuite.h"
-#include "tests/support/FakeSystem.h"
-#include "tests/support/RecordingDelegate.h"
-#include "tests/support/Wait.h"
+#include "tests/support/SuiteTest.h"
 
 namespace {
 
+using Control = SuiteTest;
+
 /// Pacing that switches both channels off: a start fills the state and starts nobody.
 void switchChannelsOff() {
-  s_ZorSmart5_McLen = 0, s_ZorSmart5_BcLen = 0;
+  s_ZorSmart5_McLen = 0;
+  s_ZorSmart5_BcLen = 0;
 }
 
-TEST(Suite, KeepsItsDelegateAndTellsItsVersion) {
-  ZorSuite suite, other;
-  EXPECT_EQ(suite.delegate(), nullptr);
-  const auto delegate = std::make_shared<RecordingDelegate>();
-  suite.setDelegate(delegate);
+TEST_F(Control, KeepsItsDelegateAndTellsItsVersion) {
+  const ZorSuite other;
   EXPECT_EQ(suite.delegate(), delegate);
   EXPECT_EQ(other.delegate(), nullptr);
   EXPECT_EQ(suite.GetLibraryVersion(), "3.5.1");
@@ -29,9 +23,7 @@ TEST(Suite, KeepsItsDelegateAndTellsItsVersion) {
   EXPECT_EQ(delegate.use_count(), 1);
 }
 
-TEST(Suite, RunsWorkerEntriesOnItsOwnThreadsAlone) {
-  FakeSystem system;
-  ZorSuite suite;
+TEST_F(Control, RunsWorkerEntriesOnItsOwnThreadsAlone) {
   s_ZorDevice.smartTimeout = 1000;
   s_ZorDevice.upgradeStatus = 77;
   suite.threadSmartConfigV5_mc();
@@ -44,9 +36,8 @@ TEST(Suite, RunsWorkerEntriesOnItsOwnThreadsAlone) {
   EXPECT_EQ(suite.DeviceUpgradeProgress(), 77);
 }
 
-TEST(Control, CutsTextsAndKeepsTheApplicationData) {
+TEST_F(Control, CutsTextsAndKeepsTheApplicationData) {
   switchChannelsOff();
-  ZorSuite suite;
   std::vector<std::uint8_t> bytes(20, 0xA5);
   suite.SmartConfigV5_Append(bytes.data(), bytes.size());
   EXPECT_EQ(s_ZorDevice.appendLen, 16);
@@ -73,7 +64,7 @@ TEST(Control, CutsTextsAndKeepsTheApplicationData) {
   EXPECT_EQ(s_ZorDevice.appendData[0], 0) << "an empty buffer clears them";
 }
 
-TEST(Control, SetsAllFourteenTunablesOrNone) {
+TEST_F(Control, SetsAllFourteenTunablesOrNone) {
   ZorTunable* const tunables[] = {
       &s_ZorSmart5_McLen,           &s_ZorSmart5_McCharInterval,  &s_ZorSmart5_McLoopInterval,
       &s_ZorSmart5_McBlockInterval, &s_ZorSmart5_McTagRepeat,     &s_ZorSmart5_McDataRepeat,
@@ -82,7 +73,6 @@ TEST(Control, SetsAllFourteenTunablesOrNone) {
       &s_ZorSmart5_BcDataRepeat,    &s_ZorSmart5_BcLoopRepeat};
   const int defaults[] = {30, 30, 100, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5};
   const std::uint8_t bytes[15] = {255, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 200, 99};
-  ZorSuite suite;
   suite.SmartConfigV5_SetProperty(bytes, 13);
   suite.SmartConfigV5_SetProperty(nullptr, 14);
   for (int i = 0; i < 14; ++i) EXPECT_EQ(*tunables[i], defaults[i]) << i;
@@ -92,19 +82,17 @@ TEST(Control, SetsAllFourteenTunablesOrNone) {
   EXPECT_EQ(s_ZorSmart5_MixV3, 2);
 }
 
-TEST(Control, ProgressIsTheShareOfTheTimeOut) {
+TEST_F(Control, ProgressIsTheShareOfTheTimeOut) {
   switchChannelsOff();
-  ZorSuite suite;
-  struct Case {
+  const struct {
     std::int32_t status, timeout;
     long passed;
     std::int32_t progress;
-  };
-  const Case cases[] = {{0, 100000, 0, 0},        {0, 100000, 25000, 25},  {0, 100000, 100001, 100},
-                        {0, 100000, 250000, 100}, {-201, 100000, 5, -201}, {0, 0, 5, 100},
-                        {0, -5, 5, 100},          {0, 3, 2, 66},           {0, 100000, 21474837, -21474},
-                        {0, 100000, -2500, -2}};
-  for (const Case& c : cases) {
+  } kCases[] = {{0, 100000, 0, 0},        {0, 100000, 25000, 25},  {0, 100000, 100001, 100},
+                {0, 100000, 250000, 100}, {-201, 100000, 5, -201}, {0, 0, 5, 100},
+                {0, -5, 5, 100},          {0, 3, 2, 66},           {0, 100000, 21474837, -21474},
+                {0, 100000, -2500, -2}};
+  for (const auto& c : kCases) {
     suite.SmartConfigV5_Start("s", "p", c.timeout);
     EXPECT_EQ(s_ZorDevice.smartStatus, 0) << "a start forgets the code of the run before";
     s_ZorDevice.smartStatus = c.status;
@@ -113,10 +101,9 @@ TEST(Control, ProgressIsTheShareOfTheTimeOut) {
   }
 }
 
-TEST(Control, StartsOnlyTheChannelsThatAreOn) {
+TEST_F(Control, StartsOnlyTheChannelsThatAreOn) {
   for (const bool multicast : {true, false}) {
-    FakeSystem system;
-    ZorSuite suite;
+    system.forgetSent();
     s_ZorSmart5_McLen = multicast ? 30 : 0;
     s_ZorSmart5_BcLen = multicast ? 0 : 30;
     suite.SmartConfigV5_Start("s", "p", 60000);
@@ -132,15 +119,12 @@ TEST(Control, StartsOnlyTheChannelsThatAreOn) {
       EXPECT_EQ(s_ZorDevice.smartLastMs, s_ZorDevice.smartStartMs) << "only multicasts stamp";
     }
     suite.SmartConfigStop();
-    s_threadSmartConfigMc.waitUntilEmpty();
-    s_threadSmartConfigBc.waitUntilEmpty();
+    ASSERT_TRUE(runIsOver());
   }
 }
 
-TEST(Control, SaysWhenNoThreadCanBeCreated) {
-  FakeSystem system;
+TEST_F(Control, SaysWhenNoThreadCanBeCreated) {
   system.denyThreads = true;
-  ZorSuite suite;
   EXPECT_EQ(suite.SmartConfigOnlineListen(25010), -1);
   EXPECT_EQ(s_ZorDevice.listenSocket, -1);
   suite.SmartConfigV5_Start("s", "p", 1000);

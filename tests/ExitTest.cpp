@@ -5,8 +5,8 @@
 #include <thread>
 
 #include "ZOR/ZorSuite.h"
-#include "tests/support/UdpPeer.h"
 #include "tests/support/RecordingDelegate.h"
+#include "tests/support/UdpPeer.h"
 
 namespace {
 

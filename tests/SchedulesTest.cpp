@@ -21,18 +21,40 @@ zor::RunInputs inputs(const std::string& ssid, const std::string& password = "")
   return inputs;
 }
 
-const PacketV3 kNothingMixed;
-const char* const kEveryHost = "255.255.255.255";
+using Frames = std::vector<Frame>;
+
+const std::string kLongestSsid(32, 's'), kLongestPassword(64, 'p');
+
+/// A block of the multicast channel, with version 3 frames mixed in or not, or of the broadcast channel, or a
+/// cycle of version 3 alone.
+enum class Block { multicast, mixed, broadcast, version3 };
+
+std::int32_t send(RecordingAir& air, Block block, const std::string& ssid = "",
+                  const std::string& password = "") {
+  const zor::RunInputs texts = inputs(ssid, password);
+  const PacketV5 packet = buildPacketV5(texts);
+  const PacketV3 older = buildPacketV3(texts);
+  if (block == Block::version3)
+    return sendCycleV3(air, older, NoSocket::endsCycle) == CycleV3::through ? 0 : -1;
+  if (block == Block::broadcast) return sendBroadcastBlock(air, packet);
+  return sendMulticastBlock(air, packet, block == Block::mixed ? older : PacketV3());
+}
+
+/// All that a block puts on the air.
+RecordingAir sent(Block block, const std::string& ssid = "", const std::string& password = "") {
+  RecordingAir air;
+  EXPECT_EQ(send(air, block, ssid, password), 0);
+  return air;
+}
 
 /// Every frame of `frames` fails as if no socket could be opened once `count` have gone through.
-auto noSocketAfter(int count) {
+auto noSocketAfter(std::size_t count) {
   return [count](const Frame& frame) mutable { return count-- > 0 ? frame.length : -1; };
 }
 
 TEST(MulticastSchedule, SendsSyncThenTheEmptyPacketFiveTimes) {
-  RecordingAir air;
-  EXPECT_EQ(sendMulticastBlock(air, buildPacketV5(inputs("")), kNothingMixed), 0);
-  std::vector<Frame> expected;
+  const RecordingAir air = sent(Block::multicast);
+  Frames expected;
   for (std::int64_t start = 0; start < 950; start += 190) {
     expected.push_back({start, "239.122.111.114", 30});
     expected.push_back({start + 30, "239.111.16.0", 30});
@@ -44,16 +66,12 @@ TEST(MulticastSchedule, SendsSyncThenTheEmptyPacketFiveTimes) {
 
 TEST(MulticastSchedule, EndsAnOddPacketWithZeroAndNumbersFramesByLength) {
   s_ZorSmart5_McLoopRepeat = 1;
-  RecordingAir odd;
-  sendMulticastBlock(odd, buildPacketV5(inputs("abc")), kNothingMixed);
-  EXPECT_EQ(odd.frames, (std::vector<Frame>{{0, "239.122.111.114", 30},
-                                            {30, "239.111.16.240", 30},
-                                            {60, "239.114.3.0", 31},
-                                            {90, "239.111.97.98", 32},
-                                            {120, "239.114.99.0", 33}}));
-  RecordingAir longest;
-  sendMulticastBlock(longest, buildPacketV5(inputs(std::string(32, 's'), std::string(64, 'p'))),
-                     kNothingMixed);
+  EXPECT_EQ(sent(Block::multicast, "abc").frames, (Frames{{0, "239.122.111.114", 30},
+                                                          {30, "239.111.16.240", 30},
+                                                          {60, "239.114.3.0", 31},
+                                                          {90, "239.111.97.98", 32},
+                                                          {120, "239.114.99.0", 33}}));
+  const RecordingAir longest = sent(Block::multicast, kLongestSsid, kLongestPassword);
   ASSERT_EQ(longest.frames.size(), 51U);
   EXPECT_EQ(longest.frames.back(), (Frame{1500, "239.114.112.112", 79}));
 }
@@ -61,20 +79,16 @@ TEST(MulticastSchedule, EndsAnOddPacketWithZeroAndNumbersFramesByLength) {
 TEST(MulticastSchedule, FollowsItsTunables) {
   const std::uint8_t pacing[14] = {0, 7, 50, 9, 2, 2, 2, 30, 15, 100, 0, 1, 1, 5};
   ZorSuite().SmartConfigV5_SetProperty(pacing, sizeof pacing);
-  RecordingAir air;
-  sendMulticastBlock(air, buildPacketV5(inputs("")), kNothingMixed);
+  const RecordingAir air = sent(Block::multicast);
   EXPECT_EQ(air.lengths(), (std::vector<std::int32_t>{0, 0, 0, 1, 0, 1, 0, 0, 0, 1, 0, 1}));
   EXPECT_EQ(air.frames[6].ms, 6 * 7 + 50);
   EXPECT_EQ(air.now, 2 * (6 * 7 + 50) + 9);
 
   s_ZorSmart5_McTagRepeat = 0;
-  RecordingAir untagged;
-  sendMulticastBlock(untagged, buildPacketV5(inputs("")), kNothingMixed);
-  EXPECT_EQ(untagged.frames.front().destination, "239.111.16.0");
+  EXPECT_EQ(sent(Block::multicast).frames.front().destination, "239.111.16.0");
 
   s_ZorSmart5_McLoopRepeat = 0;
-  RecordingAir silent;
-  sendMulticastBlock(silent, buildPacketV5(inputs("")), kNothingMixed);
+  const RecordingAir silent = sent(Block::multicast);
   EXPECT_TRUE(silent.frames.empty());
   EXPECT_EQ(silent.now, 9) << "only the block interval is waited";
 }
@@ -90,7 +104,7 @@ TEST(MulticastSchedule, SeesTunablesThatChangeInMidRun) {
     }
     return frame.length;
   };
-  sendMulticastBlock(air, buildPacketV5(inputs("")), kNothingMixed);
+  send(air, Block::multicast);
   EXPECT_EQ(air.lengths(), (std::vector<std::int32_t>{30, 30, 101, 100, 100, 100, 100, 101}));
   EXPECT_EQ(air.frames[2].ms, 35);
   EXPECT_EQ(air.frames[3].ms, 140);
@@ -101,25 +115,27 @@ TEST(MulticastSchedule, MixesVersion3FramesBehindEachCycle) {
   s_ZorSmart5_McLen = 60;
   RecordingAir air;
   EXPECT_EQ(sendMulticastBlock(air, buildPacketV5(inputs("")), buildPacketV3(inputs("a"))), 0);
-  EXPECT_EQ(air.frames, (std::vector<Frame>{{0, "239.122.111.114", 60},
-                                            {30, "239.111.16.0", 60},
-                                            {60, "239.114.0.0", 61},
-                                            {190, "239.90.0.0", 30},
-                                            {200, "239.90.0.0", 30},
-                                            {210, "239.90.0.0", 30},
-                                            {220, "239.79.9.1", 31},
-                                            {230, "239.82.0.97", 32}}));
+  EXPECT_EQ(air.frames, (Frames{{0, "239.122.111.114", 60},
+                                {30, "239.111.16.0", 60},
+                                {60, "239.114.0.0", 61},
+                                {190, "239.90.0.0", 30},
+                                {200, "239.90.0.0", 30},
+                                {210, "239.90.0.0", 30},
+                                {220, "239.79.9.1", 31},
+                                {230, "239.82.0.97", 32}}));
   EXPECT_EQ(air.now, 260);
 }
 
 TEST(BroadcastSchedule, SendsSyncsThenValueAndPositionOfEachByte) {
-  RecordingAir air;
-  EXPECT_EQ(sendBroadcastBlock(air, buildPacketV5(inputs(""))), 0);
+  const RecordingAir air = sent(Block::broadcast);
   const std::int32_t cycle[] = {30, 388, 31, 148, 32, 132, 33, 132, 34, 132, 35};
-  std::vector<Frame> expected;
+  Frames expected;
   std::int64_t at = 0;
   for (int repeat = 0; repeat < 5; ++repeat, at += 100) {
-    for (const std::int32_t length : cycle) expected.push_back({at, kEveryHost, length}), at += 15;
+    for (const std::int32_t length : cycle) {
+      expected.push_back({at, "255.255.255.255", length});
+      at += 15;
+    }
   }
   EXPECT_EQ(air.frames, expected);
   EXPECT_EQ(air.now, at);
@@ -128,8 +144,7 @@ TEST(BroadcastSchedule, SendsSyncsThenValueAndPositionOfEachByte) {
 TEST(BroadcastSchedule, FollowsItsTunables) {
   const std::uint8_t pacing[14] = {30, 30, 100, 0, 1, 1, 5, 0, 4, 20, 6, 2, 2, 1};
   ZorSuite().SmartConfigV5_SetProperty(pacing, sizeof pacing);
-  RecordingAir air;
-  sendBroadcastBlock(air, buildPacketV5(inputs("\xFF")));
+  const RecordingAir air = sent(Block::broadcast, "\xFF");
   EXPECT_EQ(air.lengths(), (std::vector<std::int32_t>{0,   0,   358, 358, 1,   1,          // syncs
                                                       118, 118, 2,   2,   309, 309, 3, 3,  // head, CRC 0xCF
                                                       103, 103, 4,   4,   102, 102, 5, 5,  // lengths 1 and 0
@@ -138,55 +153,43 @@ TEST(BroadcastSchedule, FollowsItsTunables) {
 
   s_ZorSmart5_BcTagRepeat = 0;
   s_ZorSmart5_BcDataRepeat = 0;
-  RecordingAir silent;
-  sendBroadcastBlock(silent, buildPacketV5(inputs("")));
+  const RecordingAir silent = sent(Block::broadcast);
   EXPECT_TRUE(silent.frames.empty());
   EXPECT_EQ(silent.now, 26);
 
   s_ZorSmart5_BcDataRepeat = 1;
   s_ZorSmart5_BcLen = 255;
-  RecordingAir longest;
-  sendBroadcastBlock(longest, buildPacketV5(inputs(std::string(32, 's'), std::string(64, 'p'))));
+  const RecordingAir longest = sent(Block::broadcast, kLongestSsid, kLongestPassword);
   EXPECT_EQ(longest.frames.size(), 200U);
   EXPECT_EQ(longest.frames.back().length, 255 + 2 + 99);
 }
 
 TEST(CycleV3, SendsMarkersThenPairsInTenMillisecondSteps) {
-  RecordingAir air;
-  EXPECT_EQ(sendCycleV3(air, buildPacketV3(inputs("")), NoSocket::endsCycle), CycleV3::through);
-  EXPECT_EQ(air.frames, (std::vector<Frame>{{0, "239.90.0.0", 30},
-                                            {10, "239.90.0.0", 30},
-                                            {20, "239.90.0.0", 30},
-                                            {30, "239.79.0.0", 31},
-                                            {40, "239.82.0.0", 32}}));
+  const RecordingAir air = sent(Block::version3);
+  EXPECT_EQ(air.frames, (Frames{{0, "239.90.0.0", 30},
+                                {10, "239.90.0.0", 30},
+                                {20, "239.90.0.0", 30},
+                                {30, "239.79.0.0", 31},
+                                {40, "239.82.0.0", 32}}));
   EXPECT_EQ(air.now, 70);
 
-  RecordingAir longest;
-  sendCycleV3(longest, buildPacketV3(inputs(std::string(32, 's'), std::string(64, 'p'))),
-              NoSocket::endsCycle);
+  const RecordingAir longest = sent(Block::version3, kLongestSsid, kLongestPassword);
   ASSERT_EQ(longest.frames.size(), 53U);
   EXPECT_EQ(longest.frames.back(), (Frame{520, "239.82.112.0", 80}));
   EXPECT_EQ(longest.now, 550);
 }
 
 TEST(Schedules, NameTheFrameThatFoundNoSocket) {
-  struct Case {
+  const struct {
     std::int32_t code;
-    int framesBefore;
-    bool multicast;
-  };
-  const Case cases[] = {{-101, 0, true},  {-102, 1, true},  {-102, 2, true},  {-110, 3, true},
-                        {-111, 6, true},  {-201, 0, false}, {-202, 1, false}, {-203, 2, false},
-                        {-204, 3, false}, {-205, 4, false}};
-  for (const Case& c : cases) {
+    std::size_t framesBefore;
+  } kCases[] = {{-101, 0}, {-102, 1}, {-102, 2}, {-110, 3}, {-111, 6},
+                {-201, 0}, {-202, 1}, {-203, 2}, {-204, 3}, {-205, 4}};
+  for (const auto& [code, framesBefore] : kCases) {
     RecordingAir air;
-    air.onFrame = noSocketAfter(c.framesBefore);
-    const PacketV5 packet = buildPacketV5(inputs(""));
-    const std::int32_t status = c.multicast ? sendMulticastBlock(air, packet, buildPacketV3(inputs("")))
-                                            : sendBroadcastBlock(air, packet);
-    EXPECT_EQ(status, c.code);
-    EXPECT_EQ(air.frames.size(), static_cast<std::size_t>(c.framesBefore) + 1)
-        << "nothing follows " << c.code;
+    air.onFrame = noSocketAfter(framesBefore);
+    EXPECT_EQ(send(air, code > -200 ? Block::mixed : Block::broadcast), code);
+    EXPECT_EQ(air.frames.size(), framesBefore + 1) << "nothing follows " << code;
   }
   RecordingAir alone;
   alone.onFrame = noSocketAfter(0);
@@ -196,7 +199,7 @@ TEST(Schedules, NameTheFrameThatFoundNoSocket) {
 
 TEST(Schedules, SendNothingMoreOnceCancelled) {
   for (std::size_t last = 1; last <= 9; ++last) {
-    for (const bool multicast : {true, false}) {
+    for (const Block block : {Block::mixed, Block::broadcast}) {
       RecordingAir air;
       std::int64_t cancelledAt = -1;
       air.onFrame = [&](const Frame& frame) {
@@ -204,10 +207,7 @@ TEST(Schedules, SendNothingMoreOnceCancelled) {
         cancelledAt = frame.ms;
         return frame.length;
       };
-      const PacketV5 packet = buildPacketV5(inputs(""));
-      EXPECT_EQ(multicast ? sendMulticastBlock(air, packet, buildPacketV3(inputs("")))
-                          : sendBroadcastBlock(air, packet),
-                0);
+      EXPECT_EQ(send(air, block), 0);
       EXPECT_EQ(air.frames.size(), last);
       EXPECT_EQ(air.now, cancelledAt);
     }

@@ -3,7 +3,6 @@
 #include <sys/resource.h>
 
 #include <cstring>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -96,37 +95,39 @@ TEST(UdpSend, ReadsAddressesStrictlyThenPermissively) {
 }
 
 TEST(LazySenders, ReopenAfterAFailedSendAndStamp) {
-  struct Case {
+  const struct {
     std::int32_t (*send)(std::int32_t*, const void*, std::int32_t, const char*, std::uint16_t);
     const char* warning;
     bool stamps;
-  };
-  const Case cases[] = {{ZorSmartMcSendData, "m)warning 1", true},
-                        {ZorSmartBcSendData, "b)warning 1", true},
-                        {ZorUdpBcSendData, "b)warning 1", false}};
+  } kCases[] = {{ZorSmartMcSendData, "m)warning 1", true},
+                {ZorSmartBcSendData, "b)warning 1", true},
+                {ZorUdpBcSendData, "b)warning 1", false}};
   ZorGetUsec();
-  for (const Case& c : cases) {
+  for (const auto& [function, warning, stamps] : kCases) {
     FakeSystem system;
     const LogCapture log;
     system.clockAheadMs = 5000;
     s_ZorDevice.smartLastMs = -1;
     std::int32_t descriptor = -7;
+    const auto send = [&, function = function](const std::string& bytes) {
+      return function(&descriptor, bytes.data(), static_cast<std::int32_t>(bytes.size()), "239.1.2.3", 6001);
+    };
 
     system.denySockets = true;
-    EXPECT_EQ(c.send(&descriptor, "x", 1, "239.1.2.3", 6001), -1);
+    EXPECT_EQ(send("x"), -1);
     system.denySockets = false;
     system.failSendsWhen([](const SentDatagram&) { return true; });
-    EXPECT_EQ(c.send(&descriptor, "x", 1, "239.1.2.3", 6001), 0);
+    EXPECT_EQ(send("x"), 0);
     EXPECT_EQ(descriptor, -1);
-    EXPECT_EQ(log.lines(), std::vector<std::string>{c.warning});  // EPERM
+    EXPECT_EQ(log.lines(), std::vector<std::string>{warning});  // EPERM
     system.failSendsWhen(nullptr);
-    EXPECT_EQ(c.send(&descriptor, "", 0, "239.1.2.3", 6001), 0);
+    EXPECT_EQ(send(""), 0);
     EXPECT_EQ(s_ZorDevice.smartLastMs, -1) << "neither a failure nor an empty datagram stamps";
     EXPECT_GE(descriptor, 0);
     EXPECT_NE(system.sent()[0].localPort, system.sent()[1].localPort) << "the new socket has a new port";
 
-    EXPECT_EQ(c.send(&descriptor, "x", 1, "239.1.2.3", 6001), 1);
-    EXPECT_EQ(s_ZorDevice.smartLastMs >= 5000, c.stamps);
+    EXPECT_EQ(send("x"), 1);
+    EXPECT_EQ(s_ZorDevice.smartLastMs >= 5000, stamps);
     ZorUdpClose(descriptor);
   }
 }

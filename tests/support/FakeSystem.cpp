@@ -31,6 +31,11 @@ std::vector<SentDatagram> FakeSystem::sent() const {
   return sent_;
 }
 
+void FakeSystem::forgetSent() {
+  const std::lock_guard lock(mutex_);
+  sent_.clear();
+}
+
 bool FakeSystem::waitForSends(std::size_t count, int limitMs) const {
   return waitUntil([&] { return sent().size() >= count; }, limitMs);
 }

@@ -36,7 +36,9 @@ class FakeSystem {
   /// Datagrams for which `fails` is true are not sent; the call reports EPERM.
   void failSendsWhen(std::function<bool(const SentDatagram&)> fails);
 
+  /// What was handed over, in order, since the test began or had it forgotten.
   std::vector<SentDatagram> sent() const;
+  void forgetSent();
   /// Waits until at least `count` datagrams were handed over; false after `limitMs`.
   bool waitForSends(std::size_t count, int limitMs) const;
 
