@@ -45,35 +45,40 @@ Observation anyFrame(FuzzedDataProvider& data, std::int64_t timeMicroseconds) {
 }  // namespace
 
 /// A run whose frames are lost, repeated, and joined by those of another run of another phone and by
-/// senseless ones: it is heard as it was or not at all.
+/// senseless ones: it is heard as it was or not at all, and undisturbed it is heard.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   FuzzedDataProvider data(bytes, size);
   const std::string ssid = data.ConsumeRandomLengthString(32).c_str();
   const std::string password = data.ConsumeRandomLengthString(64).c_str();
   const RunTexts texts{ssid, password, data.ConsumeRandomLengthString(16)};
-  const RunTexts others{"neighbour", "another pass phrase", ""};
   const std::vector<Observation> frames = runOnAir(texts, data.PickValueInArray(kRunKinds), 1);
-  std::vector<Observation> neighbour = runOnAir(others, RunKind::both, 1);
-  for (Observation& frame : neighbour) frame.sender = MacAddress{2, 0, 0, 0, 0, 9};
+  static const RunTexts others{"neighbour", "another pass phrase", ""};
+  static const std::vector<Observation> neighbour = runOnAir(others, RunKind::both, 1);
+  constexpr MacAddress kNeighbour = {2, 0, 0, 0, 0, 9};
 
   Decoder decoder;
+  bool isHeard = false, isDisturbed = false;
   const auto hear = [&](const Observation& frame) {
     const auto credentials = decoder.observe(frame);
     if (!credentials) return;
     requireSound(*credentials);
+    isHeard = true;
     if (credentials->sender == frames[0].sender) require(texts.are(*credentials));
-    if (credentials->sender == neighbour[0].sender) require(others.are(*credentials));
+    if (credentials->sender == kNeighbour) require(others.are(*credentials));
   };
   for (std::size_t i = 0; i < frames.size();) {
     Observation interrupting = neighbour[i % neighbour.size()];
     interrupting.timeMicroseconds = frames[i].timeMicroseconds;
+    interrupting.sender = kNeighbour;
     enum Fate { once, again, lost, behindTheNeighbour, behindAnything };
     const int fate = data.ConsumeIntegralInRange<int>(once, behindAnything);
     if (fate == behindTheNeighbour) hear(interrupting);
     if (fate == behindAnything) hear(anyFrame(data, frames[i].timeMicroseconds));
     if (fate == once || fate == again) hear(frames[i]);
     if (fate == once || fate == lost) ++i;
+    isDisturbed |= fate >= lost;
   }
+  require(isHeard || isDisturbed);
   requireSoundProgress(decoder);
   return 0;
 }

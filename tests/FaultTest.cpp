@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -29,15 +28,12 @@ bool shell(const std::string& command) {
 /// Frames that have crossed the test's network so far.
 long framesOnTheNetwork() {
   std::ifstream counters("/proc/net/dev");
-  for (std::string line; std::getline(counters, line);) {
-    const std::size_t name = line.find("zor1:");
-    if (name == std::string::npos) continue;
-    std::istringstream fields(line.substr(name + 5));
-    long octets = 0, frames = 0;
-    fields >> octets >> frames;
-    return frames;
+  std::string field;
+  while (counters >> field && field != "zor1:") {
   }
-  return -1;
+  long octets = -1, frames = -1;
+  counters >> octets >> frames;
+  return frames;
 }
 
 class Fault : public SuiteTest {

@@ -145,23 +145,6 @@ TEST_F(SenderRun, NamesTheFrameForWhichNoSocketCouldBeOpenedAndLeavesTheListener
   }
 }
 
-TEST_F(SenderRun, GoesOnOnANewSocketAfterAFailedSend) {
-  int count = 0;
-  system.failSendsWhen([&count](const SentDatagram&) { return ++count % 3 == 0; });
-  s_ZorSmart5_BcLen = 0;
-  s_ZorSmart5_McCharInterval = 2;
-  suite.SmartConfigV5_Start("", "", 60000);
-  ASSERT_TRUE(system.waitForSends(6, 2000));
-  EXPECT_TRUE(s_threadSmartConfigMc);
-  EXPECT_EQ(suite.SmartConfigProgress(), 0);
-  suite.SmartConfigStop();
-  ASSERT_TRUE(runIsOver());
-  const std::vector<SentDatagram> sent = system.sent();
-  EXPECT_EQ(sent[0].localPort, sent[2].localPort);
-  EXPECT_NE(sent[2].localPort, sent[3].localPort);
-  EXPECT_TRUE(log.has("m)warning 1"));
-}
-
 TEST_F(SenderRun, EndsAtOnceWithATimeOutThatHasPassed) {
   for (const bool version3 : {false, true}) {
     ASSERT_EQ(suite.SmartConfigOnlineListen(kPort), kPort);

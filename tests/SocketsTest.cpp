@@ -127,6 +127,7 @@ TEST(LazySenders, ReopenAfterAFailedSendAndStamp) {
     EXPECT_NE(system.sent()[0].localPort, system.sent()[1].localPort) << "the new socket has a new port";
 
     EXPECT_EQ(send("x"), 1);
+    EXPECT_EQ(system.sent()[1].localPort, system.sent()[2].localPort) << "and is kept while it works";
     EXPECT_EQ(s_ZorDevice.smartLastMs >= 5000, stamps);
     ZorUdpClose(descriptor);
   }

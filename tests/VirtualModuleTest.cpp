@@ -14,7 +14,7 @@
 #include "tests/support/HttpServer.h"
 #include "tests/support/RunningModule.h"
 #include "tests/support/UdpPeer.h"
-#include "tests/support/Wait.h"
+#include "tests/support/Workers.h"
 
 namespace zor::receiver {
 namespace {
@@ -37,41 +37,20 @@ std::string ask(const UdpPeer& phone, const std::string& request) {
   return phone.receive().text;
 }
 
-/// SSID "abc", pass phrase "pass", append 01 B3 61: notifications to port 25011.
-const std::vector<int> kPacket = {0x13, 0x4C, 3, 4, 'a', 'b', 'c', 'p', 'a', 's', 's', 0x01, 0xB3, 0x61};
-
-void sendMulticastCycle(const UdpPeer& phone) {
-  phone.send(std::string(30, '\0'), 6001, "239.122.111.114");
-  for (std::size_t i = 0; i < kPacket.size(); i += 2) {
-    const std::string group = (i / 2 % 2 == 0 ? "239.111." : "239.114.") + std::to_string(kPacket[i]) + "." +
-                              std::to_string(kPacket[i + 1]);
-    std::this_thread::sleep_for(2ms);
-    phone.send(std::string(30 + i / 2, '\0'), 6001, group);
-  }
+/// Sends SSID "abc" and pass phrase "pass" over one channel until the module comes to the outcome.
+std::optional<ModuleEvent> provision(RunningModule& module, bool multicast, Kind outcome) {
+  const std::uint8_t append[] = {0x01, 0xB3, 0x61};  // Notifications to port 25011.
+  (multicast ? s_ZorSmart5_BcLen : s_ZorSmart5_McLen) = 0;
+  s_ZorSmart5_McCharInterval = s_ZorSmart5_BcCharInterval = 2;
+  ZorSuite suite;
+  suite.SmartConfigV5_Append(append, sizeof append);
+  suite.SmartConfigV5_Start("abc", "pass", 10000);
+  std::optional<ModuleEvent> event = module.waitFor(outcome);
+  endWorkers();
+  return event;
 }
 
-void sendBroadcastCycle(const UdpPeer& phone) {
-  std::vector<int> lengths = {30, 388, 31};
-  for (std::size_t i = 0; i < kPacket.size(); ++i) {
-    lengths.push_back(132 + kPacket[i]);
-    lengths.push_back(static_cast<int>(32 + i));
-  }
-  for (const int length : lengths) {
-    phone.send(std::string(static_cast<std::size_t>(length), '\0'), 6001, "255.255.255.255");
-    std::this_thread::sleep_for(2ms);
-  }
-}
-
-std::optional<ModuleEvent> provision(RunningModule& module, void (*sendCycle)(const UdpPeer&), Kind outcome) {
-  const UdpPeer phone;
-  for (int i = 0; i < 40; ++i) {
-    sendCycle(phone);
-    if (auto event = module.waitFor(outcome, 20ms)) return event;
-  }
-  return std::nullopt;
-}
-
-class Provisioning : public testing::TestWithParam<void (*)(const UdpPeer&)> {};
+class Provisioning : public testing::TestWithParam<bool> {};
 
 TEST_P(Provisioning, FramesMakeTheModuleJoinAndAnnounceItself) {
   const UdpPeer listener(25011);
@@ -99,15 +78,15 @@ TEST_P(Provisioning, FramesMakeTheModuleJoinAndAnnounceItself) {
   EXPECT_EQ(module.stop(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Channels, Provisioning, testing::Values(&sendMulticastCycle, &sendBroadcastCycle),
-                         [](const auto& channel) { return channel.index == 0 ? "Multicast" : "Broadcast"; });
+INSTANTIATE_TEST_SUITE_P(Channels, Provisioning, testing::Bool(),
+                         [](const auto& channel) { return channel.param ? "Multicast" : "Broadcast"; });
 
 TEST(VirtualModule, StaysOutsideOfOtherNetworks) {
   VirtualModuleOptions options = optionsOf(false);
   options.acceptedSsid = "abc";
   options.acceptedPassPhrase = "another";
   RunningModule module(options);
-  ASSERT_TRUE(provision(module, &sendMulticastCycle, Kind::refused));
+  ASSERT_TRUE(provision(module, true, Kind::refused));
   const UdpPeer phone;
   EXPECT_EQ(ask(phone, kInfo), "");
 }
