@@ -9,15 +9,15 @@ namespace {
 
 class BoundedDelegate : public ZorSuiteDelegate {
  public:
-  void onSearchFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
-                     const std::string& MODULE_CAP, const std::string& MODULE_EXT) override {
-    require(moduleId.size() <= 19 && MODULE_VER.size() <= 19 && MODULE_CAP.size() <= 39);
-    require(MODULE_EXT.size() <= 399 && MODULE_IP.size() <= 15);
+  using Text = const std::string&;
+
+  void onSearchFound(Text id, Text address, Text version, Text capabilities, Text extension) override {
+    require(id.size() <= 19 && address.size() <= 15 && version.size() <= 19);
+    require(capabilities.size() <= 39 && extension.size() <= 399);
     ++heard;
   }
-  void onSmartFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
-                    const std::string& MODULE_CAP, const std::string& MODULE_EXT) override {
-    onSearchFound(moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT);
+  void onSmartFound(Text id, Text address, Text version, Text capabilities, Text extension) override {
+    onSearchFound(id, address, version, capabilities, extension);
   }
 
   int heard = 0;

@@ -98,7 +98,8 @@ TEST_F(Fault, OfMissingDescriptorsPasses) {
     const std::size_t before = system.sent().size();
     EXPECT_LT(processorMsWithin(200), 100) << "there is no reason to spin";
     EXPECT_LE(system.sent().size(), before + 1) << "nor anything to send on";
-    EXPECT_EQ(suite.SmartConfigOnlineListen(0), -1);
+    for (const std::int32_t port : {0, kPort}) EXPECT_EQ(suite.SmartConfigOnlineListen(port), -1);
+    EXPECT_FALSE(s_threadSmartOnlineListen);
     suite.DeviceUpgrade("127.0.0.1", "http://h/f");
     EXPECT_TRUE(waitUntil([&] { return suite.DeviceUpgradeProgress() == -121; }, 1000));
   }

@@ -21,17 +21,15 @@ TEST(GetValue, EndsAtAColonOrTheLinesEnd) {
 }
 
 TEST(GetKeyValue, SplitsPairs) {
-  struct Case {
-    std::string line;
-    std::string key, value;
+  const struct {
+    std::string line, key, value;
     std::int32_t next;
-  };
-  const Case cases[] = {
+  } kCases[] = {
       {"mac=AA,ver=1", "mac", "AA", 7}, {"ver=1", "ver", "1", 5},  {"a=b=c,d", "a=b", "c", 6},
       {"flag,a=b", "flag,a", "b", 8},   {"a=b:c,", "a", "b:c", 6}, {"=,x", "", "", 2},
       {"nothing,here", "", "", 12},     {"", "", "", 0},           {"a=", "a", "", 2},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : kCases) {
     SCOPED_TRACE(c.line);
     std::string key(c.line.size() + 1, '#');
     std::string value(c.line.size() + 1, '#');

@@ -66,13 +66,6 @@ TEST_F(Listen, BindsThePortOrTheNextFreeOne) {
   ZorUdpClose(taken);
 }
 
-TEST_F(Listen, GivesUpWhenNoSocketCanBeCreated) {
-  system.denySockets = true;
-  EXPECT_EQ(suite.SmartConfigOnlineListen(0), -1);
-  EXPECT_EQ(suite.SmartConfigOnlineListen(25010), -1);
-  EXPECT_FALSE(s_threadSmartOnlineListen);
-}
-
 TEST_F(Listen, ReportsEachModuleOnce) {
   ASSERT_EQ(suite.SmartConfigOnlineListen(0), kPort);
   EXPECT_EQ(hear({"xcmd_notify:1:mac=A,ver=1,cap=2,x=9,y=8\r\n"}), Strings{"A|127.0.0.1|1|2|x=9,y=8"});

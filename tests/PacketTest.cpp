@@ -46,16 +46,15 @@ TEST(PacketV5, IsHeaderAndPayload) {
 }
 
 TEST(PacketV5, CutsWhatIsTooLong) {
-  struct Case {
+  const struct {
     std::size_t ssid, password, append;
     Bytes header;  // without the CRC
     std::size_t length;
-  };
-  const Case cases[] = {
+  } kCases[] = {
       {40, 0, 0, {0x10, 32, 0}, 36},     {0, 70, 0, {0x10, 0, 64}, 68},     {32, 60, 16, {0x14, 32, 60}, 100},
       {32, 64, 16, {0x10, 32, 64}, 100}, {30, 50, 16, {0x20, 30, 50}, 100},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : kCases) {
     const Bytes packet =
         packetV5(std::string(c.ssid, 's'), std::string(c.password, 'p'), Bytes(c.append, 0xAA));
     EXPECT_EQ(packet.size(), c.length);

@@ -1,14 +1,13 @@
 #include "receiver/VirtualModule.h"
 
-#include <dirent.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <thread>
 #include <vector>
 
 #include "tests/support/HttpServer.h"
@@ -41,7 +40,8 @@ std::string ask(const UdpPeer& phone, const std::string& request) {
 std::optional<ModuleEvent> provision(RunningModule& module, bool multicast, Kind outcome) {
   const std::uint8_t append[] = {0x01, 0xB3, 0x61};  // Notifications to port 25011.
   (multicast ? s_ZorSmart5_BcLen : s_ZorSmart5_McLen) = 0;
-  s_ZorSmart5_McCharInterval = s_ZorSmart5_BcCharInterval = 2;
+  s_ZorSmart5_McCharInterval = 2;
+  s_ZorSmart5_BcCharInterval = 2;
   ZorSuite suite;
   suite.SmartConfigV5_Append(append, sizeof append);
   suite.SmartConfigV5_Start("abc", "pass", 10000);
@@ -122,18 +122,12 @@ TEST(VirtualModule, EndsWithItsInterface) {
 class Upgrade : public testing::Test {
  protected:
   Upgrade() { mkdtemp(directory_); }
-  ~Upgrade() override {
-    std::remove(path().c_str());
-    rmdir(directory_);
-  }
+  ~Upgrade() override { std::filesystem::remove_all(directory_); }
 
   std::string path() const { return directory_ + "/firmware.bin"s; }
-  std::size_t filesLeft() const {
-    std::size_t count = 0;
-    DIR* const directory = opendir(directory_);
-    while (const dirent* entry = readdir(directory)) count += entry->d_name[0] != '.';
-    closedir(directory);
-    return count;
+  std::ptrdiff_t filesLeft() const {
+    const std::filesystem::directory_iterator files(directory_);
+    return std::distance(begin(files), end(files));
   }
 
   VirtualModuleOptions options() const {
@@ -169,7 +163,7 @@ TEST_F(Upgrade, FetchesTheFileOctetForOctet) {
 
   std::ifstream file(path(), std::ios::binary);
   EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(file), {}) == firmware);
-  EXPECT_EQ(filesLeft(), 1U);
+  EXPECT_EQ(filesLeft(), 1);
   EXPECT_EQ(module.waitFor(Kind::upgradeRequest)->text, "http://127.0.0.1:" + server.port() + "/fw/app.bin");
 }
 
@@ -198,7 +192,7 @@ TEST_F(Upgrade, KeepsNothingOfWhatIsNotAWholeFile) {
     EXPECT_EQ(failed->text, failure);
     EXPECT_EQ(ask(phone_, kStatus), "xcmd_rsp:321:status=-6\r\n");
     EXPECT_EQ(phone_.receive().text, "xcmd_rsp:123:ret=-6\r\n");
-    EXPECT_EQ(filesLeft(), 0U) << response;
+    EXPECT_EQ(filesLeft(), 0) << response;
   }
 }
 
@@ -219,7 +213,7 @@ TEST_F(Upgrade, IsGivenUpWhenASignalStopsTheModule) {
   std::raise(SIGUSR1);
   EXPECT_EQ(module.join(), "");
   EXPECT_LT(Clock::now() - start, 500ms);
-  EXPECT_EQ(filesLeft(), 0U);
+  EXPECT_EQ(filesLeft(), 0);
 }
 
 TEST_F(Upgrade, CanBeAnsweredAfterItsStatus) {
