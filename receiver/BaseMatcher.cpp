@@ -9,12 +9,22 @@ namespace {
 
 // Two letters agree by chance once in some dozens, and there are a hundred bases to choose from.
 constexpr int kEnough = 5;
-constexpr int kEnoughIfLikely = 3;
+constexpr int kEnoughIfLikely = 2;
+
+// In a burst, what was lost between two frames cannot be told by their times, and a value may stand in front
+// of a position that is not its own.
+constexpr int kAgreedToDisagreedIfLikely = 3;
 
 // Texts like 12345678 fit in several places.
 constexpr int kTooNear = 3;
 
-constexpr int kConflict = -1;
+bool isPosition(int offset) {
+  return offset >= wire::kPositionOffset && offset < wire::kValueOffset;
+}
+
+bool isValue(int offset) {
+  return offset >= wire::kValueOffset && offset < wire::kSync2Offset;
+}
 
 }  // namespace
 
@@ -29,6 +39,12 @@ void BaseMatcher::addPair(int length, int nextLength) {
 
 std::optional<int> BaseMatcher::match(const ToldBytes& told, std::optional<int> likely) const {
   if (count_ == 0) return std::nullopt;
+  if (likely) {
+    const Verdict verdict = judge(*likely, told);
+    const bool trusted =
+        verdict.agreed >= kEnoughIfLikely && verdict.agreed >= kAgreedToDisagreedIfLikely * verdict.disagreed;
+    if (verdict.possible && trusted) return likely;
+  }
   int shortest = pairs_[0].position;
   for (std::size_t i = 1; i < count_; ++i) shortest = std::min(shortest, pairs_[i].position);
   int best = 0;
@@ -36,7 +52,8 @@ std::optional<int> BaseMatcher::match(const ToldBytes& told, std::optional<int> 
   int bestBase = 0;
   for (int index = 0; index < wire::kMaxPacketBytes; ++index) {
     const int base = shortest - wire::kPositionOffset - index;
-    const int agreed = agreement(base, told);
+    const Verdict verdict = judge(base, told);
+    const int agreed = verdict.possible && verdict.disagreed == 0 ? verdict.agreed : 0;
     if (agreed > best) {
       second = best;
       best = agreed;
@@ -45,23 +62,29 @@ std::optional<int> BaseMatcher::match(const ToldBytes& told, std::optional<int> 
       second = std::max(second, agreed);
     }
   }
-  const int enough = likely == bestBase ? kEnoughIfLikely : kEnough;
-  if (best < enough || second >= kTooNear) return std::nullopt;
+  if (best < kEnough || second >= kTooNear) return std::nullopt;
   return bestBase;
 }
 
-int BaseMatcher::agreement(int base, const ToldBytes& told) const {
-  int agreed = 0;
+bool BaseMatcher::confirms(int base, const ToldBytes& told) const {
+  const Verdict verdict = judge(base, told);
+  return verdict.possible && verdict.disagreed == 0 && verdict.agreed >= kEnough;
+}
+
+BaseMatcher::Verdict BaseMatcher::judge(int base, const ToldBytes& told) const {
+  Verdict verdict;
   for (std::size_t i = 0; i < count_; ++i) {
-    const int index = pairs_[i].position - base - wire::kPositionOffset;
-    const int value = pairs_[i].value - base - wire::kValueOffset;
-    if (index >= wire::kMaxPacketBytes || value < 0 || value > 255) return kConflict;
+    const int first = pairs_[i].value - base;
+    const int second = pairs_[i].position - base;
+    verdict.possible = verdict.possible && second >= wire::kSync1Offset && first <= wire::kSync2Offset;
+    if (!isValue(first) || !isPosition(second)) continue;
+    const int value = first - wire::kValueOffset;
+    const int index = second - wire::kPositionOffset;
     const auto& byte = told[static_cast<std::size_t>(index)];
     if (!byte) continue;
-    if (*byte != value) return kConflict;
-    ++agreed;
+    ++(*byte == value ? verdict.agreed : verdict.disagreed);
   }
-  return agreed;
+  return verdict;
 }
 
 }  // namespace zor::receiver

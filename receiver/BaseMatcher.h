@@ -19,6 +19,10 @@ class BaseMatcher {
   /// \param likely the base to expect, if there is one: fewer bytes suffice to confirm it.
   std::optional<int> match(const ToldBytes& told, std::optional<int> likely) const;
 
+  /// True when enough bytes agree with this base and none disagrees.
+  bool confirms(int base, const ToldBytes& told) const;
+
+  bool empty() const { return count_ == 0; }
   void reset() { count_ = 0; }
 
  private:
@@ -29,7 +33,14 @@ class BaseMatcher {
 
   static constexpr std::size_t kMostPairs = 64;
 
-  int agreement(int base, const ToldBytes& told) const;
+  /// How many pairs agree with the bytes told, and how many do not.
+  struct Verdict {
+    int agreed = 0;
+    int disagreed = 0;
+    bool possible = true;  ///< No length is one that the base leaves no meaning.
+  };
+
+  Verdict judge(int base, const ToldBytes& told) const;
 
   std::array<Pair, kMostPairs> pairs_{};
   std::size_t count_ = 0;

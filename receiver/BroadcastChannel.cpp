@@ -39,37 +39,55 @@ void BroadcastChannel::restart() {
 void BroadcastChannel::forgetCycle() {
   clock_.restart();
   lastDecoded_ = INT64_MIN / 2;
+  lastPosition_ = {};
+  positionLast_ = false;
   waitingCount_ = 0;
   run_.begin(std::nullopt);
+  openRuns_.clear();
 }
 
-void BroadcastChannel::observe(int length, std::int64_t time, PacketEvidence& evidence,
-                               const PacketEvidence& other, std::optional<int> likelyBase) {
+void BroadcastChannel::observe(int length, std::int64_t time, PacketEvidence& evidence) {
   const Frame frame{length, time};
   const Frame previous = previous_;
   previous_ = frame;
   if (length == previous.length && time - previous.time < kCopyWithin) return;
   remember(length, time);
-  if (findBase(frame, previous) || (!base_.base() && matchBase(evidence, other, likelyBase))) {
-    evidence.dropLengthBytes();
-    forgetCycle();
-    replay(evidence);
+  if (baseShown(frame, previous)) {
+    beginWithBase(evidence);
   } else if (base_.base()) {
     decode(length, time, evidence);
   }
 }
 
-bool BroadcastChannel::findBase(const Frame& frame, const Frame& previous) {
+bool BroadcastChannel::baseShown(const Frame& frame, const Frame& previous) {
   const bool inSuccession = previous.length >= 0 && frame.time - previous.time <= clock_.pace() * 3 / 4;
   if (!base_.base() && inSuccession) matcher_.addPair(previous.length, frame.length);
   return base_.observe(frame.length, frame.time);
 }
 
-bool BroadcastChannel::matchBase(const PacketEvidence& evidence, const PacketEvidence& other,
-                                 std::optional<int> likelyBase) {
-  if (evidence.knownCount() + other.knownCount() == 0) return false;
+void BroadcastChannel::findBase(PacketEvidence& evidence, const PacketEvidence& other,
+                                std::optional<int> likelyBase) {
+  if (base_.base() || matcher_.empty() || evidence.knownCount() + other.knownCount() == 0) return;
   const auto base = matcher_.match(bytesTold(Encoding::kVersion5, evidence, other), likelyBase);
-  return base && base_.vote(*base, kMatchVotes);
+  if (base && base_.vote(*base, kMatchVotes)) beginWithBase(evidence);
+}
+
+std::optional<int> BroadcastChannel::commonBase(const PendingPairs& multicast) const {
+  if (base_.base() || matcher_.empty() || multicast.empty()) return std::nullopt;
+  std::optional<int> found;
+  for (int base = multicast.shortest() - wire::kMaxPairs; base <= multicast.shortest(); ++base) {
+    const auto told = multicast.bytesIf(base);
+    if (!told || !matcher_.confirms(base, *told)) continue;
+    if (found) return std::nullopt;
+    found = base;
+  }
+  return found;
+}
+
+void BroadcastChannel::beginWithBase(PacketEvidence& evidence) {
+  evidence.dropLengthBytes();
+  forgetCycle();
+  replay(evidence);
 }
 
 void BroadcastChannel::remember(int length, std::int64_t time) {
@@ -91,7 +109,7 @@ void BroadcastChannel::decode(int length, std::int64_t time, PacketEvidence& evi
     evidence.noteStrayFrame();
     return;
   }
-  noticeBurst(time);
+  noticeBurst(time, evidence);
   if (offset == wire::kSync1Offset || offset == wire::kSync2Offset || offset == wire::kSync3Offset) {
     observeSync(offset, time, evidence);
   } else if (offset >= wire::kValueOffset) {
@@ -101,22 +119,25 @@ void BroadcastChannel::decode(int length, std::int64_t time, PacketEvidence& evi
   }
 }
 
-void BroadcastChannel::noticeBurst(std::int64_t time) {
+void BroadcastChannel::noticeBurst(std::int64_t time, PacketEvidence& evidence) {
   if (time - lastDecoded_ < kBurstWithin) {
-    clock_.distrust();
+    const bool timeless = clock_.timeless();
+    clock_.noteBurst();
+    if (clock_.timeless() && !timeless) evidence.excuseBreaks();
     waitingCount_ = 0;
   }
   lastDecoded_ = time;
 }
 
 void BroadcastChannel::observeSync(int offset, std::int64_t time, PacketEvidence& evidence) {
+  positionLast_ = false;
   const int length = evidence.packetLength();
-  if (!clock_.steady() && length != 0) placeByOrder(length - 1, time, evidence);
-  run_.begin(std::nullopt);
-  if (offset == wire::kSync3Offset) run_.begin(-1);
+  if (!clock_.steady() && length != 0) endRun(length - 1, time, evidence);
+  run_.begin(-1);
 }
 
 void BroadcastChannel::observeValue(std::uint8_t value, std::int64_t time) {
+  positionLast_ = false;
   run_.push(value);
   if (waitingCount_ == kMostWaiting) {
     std::move(waiting_.begin() + kMostWaiting / 2, waiting_.end(), waiting_.begin());
@@ -126,19 +147,16 @@ void BroadcastChannel::observeValue(std::uint8_t value, std::int64_t time) {
 }
 
 void BroadcastChannel::observePosition(int index, std::int64_t time, PacketEvidence& evidence) {
+  if (index == lastPosition_.index && positionLast_) return;  // repeated: the first one keeps the time
+  positionLast_ = true;
   if (index < lastPosition_.index && time - lastPosition_.time < kNoCycleWithin) evidence.noteDisorder();
   lastPosition_ = {index, time};
   const CycleClock before = clock_;
   const CycleClock::Fit fit = clock_.observe(index, time);
-  if (fit == CycleClock::Fit::kStarted) evidence.noteChannelBegin(time);
-  if (fit == CycleClock::Fit::kNewCycle) {
-    evidence.noteBreak(clock_.cycleBegin(), RunContinuity::Break::kProvisional);
-  } else if (fit == CycleClock::Fit::kBroken) {
-    evidence.noteBreak(clock_.cycleBegin(), RunContinuity::Break::kUnexplained);
-  }
+  evidence.noteTimetable(clock_, fit);
   if (!clock_.steady()) {
-    placeByOrder(index, time, evidence);
-    if (run_.after && index == *run_.after + 1) evidence.notePosition(index);
+    endRun(index, time, evidence);
+    if (run_.isFollowedBy(index)) evidence.notePosition(index);
   } else if (fit != CycleClock::Fit::kOutlier) {
     if (before.steady() && before.hasOutlier() && fit == CycleClock::Fit::kOnGrid) evidence.noteStrayFrame();
     placeByTime(before, fit, index, evidence);
@@ -167,45 +185,9 @@ void BroadcastChannel::placeByTime(const CycleClock& before, CycleClock::Fit fit
   waitingCount_ = 0;
 }
 
-void BroadcastChannel::placeByOrder(int lastIndex, std::int64_t time, PacketEvidence& evidence) const {
-  if (!run_.after) return;
-  // With a value heard for each byte, bytes known already are put to the test too.
-  const bool complete = static_cast<int>(run_.count) == lastIndex - *run_.after;
-  const auto fits = [&](int index, std::size_t place) {
-    return complete || !evidence.known(index) || evidence.byte(index) == run_.values[place];
-  };
-  // The first index that each value can have when those before it are put as early as they fit, and the last.
-  std::array<int, ValueRun::kMost> first{};
-  int index = *run_.after;
-  for (std::size_t place = 0; place < run_.count; ++place) {
-    do {
-      if (++index > lastIndex) return;
-    } while (!fits(index, place));
-    first[place] = index;
-  }
-  index = lastIndex + 1;
-  for (std::size_t place = run_.count; place-- > 0;) {
-    do {
-      --index;
-    } while (!fits(index, place));
-    if (index == first[place]) {
-      evidence.add(index, run_.values[place], PacketEvidence::Source::kLength, time);
-    }
-  }
-}
-
-void BroadcastChannel::ValueRun::begin(std::optional<int> position) {
-  after = position;
-  count = 0;
-}
-
-void BroadcastChannel::ValueRun::push(std::uint8_t value) {
-  if (count > 0 && values[count - 1] == value) return;
-  if (count == kMost) {
-    after.reset();
-    return;
-  }
-  values[count++] = value;
+void BroadcastChannel::endRun(int lastIndex, std::int64_t time, PacketEvidence& evidence) {
+  if (!run_.end(lastIndex, time, evidence.packetLength())) return;
+  if (!run_.place(evidence)) openRuns_.add(run_);
 }
 
 }  // namespace zor::receiver

@@ -9,6 +9,8 @@
 #include "receiver/BroadcastBase.h"
 #include "receiver/CycleClock.h"
 #include "receiver/PacketEvidence.h"
+#include "receiver/PendingPairs.h"
+#include "receiver/ValueRun.h"
 
 namespace zor::receiver {
 
@@ -22,21 +24,33 @@ namespace zor::receiver {
 ///   own. A value is placed by the slot it was heard in, whether or not its own position frame was heard,
 ///   once a later position frame has confirmed the grid.
 /// - By order. When times mean nothing, as after a power-save buffer has released its frames in one burst,
-///   the order still holds: between positions i and j only the values i + 1 to j are sent. A value is placed
-///   when one way is left to place it, because as many were heard as were sent or because bytes known
-///   already exclude the others. Such bytes count only once they were seen in several cycles.
+///   the order still holds (ValueRun). What has more than one place left waits until more bytes are known.
+///
+/// Once anything did not fit, a byte from a length counts only when it was seen in several cycles.
 class BroadcastChannel {
  public:
   BroadcastChannel();
 
   /// Takes a broadcast of any origin.
-  /// \param other evidence of the other encoding, which helps to find the length base.
+  void observe(int length, std::int64_t time, PacketEvidence& evidence);
+
+  /// Finds the length base by bytes that other channels have told, as long as it is not known.
+  /// \param other evidence of the other encoding.
   /// \param likelyBase length base to expect, if there is a reason to.
-  void observe(int length, std::int64_t time, PacketEvidence& evidence, const PacketEvidence& other,
-               std::optional<int> likelyBase);
+  void findBase(PacketEvidence& evidence, const PacketEvidence& other, std::optional<int> likelyBase);
 
   /// Another run has begun: forgets its timetable and its frames, keeps the length base.
   void restart();
+
+  /// Places what has only now become possible to place, as bytes have become known.
+  void placeLate(PacketEvidence& evidence) { openRuns_.place(evidence); }
+
+  /// Finds the length base of these frames and of multicast frames of which neither has one, if it is the
+  /// same for both.
+  std::optional<int> commonBase(const PendingPairs& multicast) const;
+
+  /// Length of sync 1, once known.
+  std::optional<int> base() const { return base_.base(); }
 
   const CycleClock& clock() const { return clock_; }
 
@@ -50,32 +64,21 @@ class BroadcastChannel {
     std::int64_t time = 0;
   };
 
-  /// Values heard since the last position or sync frame, copies counted once.
-  struct ValueRun {
-    static constexpr std::size_t kMost = 8;
-    std::optional<int> after;  // index of the position frame before them
-    std::array<std::uint8_t, kMost> values{};
-    std::size_t count = 0;
-
-    void begin(std::optional<int> position);
-    void push(std::uint8_t value);
-  };
-
   // One cycle of the longest packet with a sync frame or two on top.
   static constexpr std::size_t kHistory = 256;
   static constexpr std::size_t kMostWaiting = 128;
 
-  bool findBase(const Frame& frame, const Frame& previous);
-  bool matchBase(const PacketEvidence& evidence, const PacketEvidence& other, std::optional<int> likelyBase);
+  bool baseShown(const Frame& frame, const Frame& previous);
+  void beginWithBase(PacketEvidence& evidence);
   void remember(int length, std::int64_t time);
   void replay(PacketEvidence& evidence);
-  void noticeBurst(std::int64_t time);
+  void noticeBurst(std::int64_t time, PacketEvidence& evidence);
   void observeSync(int offset, std::int64_t time, PacketEvidence& evidence);
   void decode(int length, std::int64_t time, PacketEvidence& evidence);
   void observeValue(std::uint8_t value, std::int64_t time);
   void observePosition(int index, std::int64_t time, PacketEvidence& evidence);
   void placeByTime(const CycleClock& before, CycleClock::Fit fit, int index, PacketEvidence& evidence);
-  void placeByOrder(int lastIndex, std::int64_t time, PacketEvidence& evidence) const;
+  void endRun(int lastIndex, std::int64_t time, PacketEvidence& evidence);
   void forgetCycle();
 
   BroadcastBase base_;
@@ -86,12 +89,14 @@ class BroadcastChannel {
   std::array<Value, kMostWaiting> waiting_{};  // values not yet placed by time
   std::size_t waitingCount_ = 0;
   ValueRun run_;
+  OpenRuns openRuns_;
   Frame previous_;
   std::int64_t lastDecoded_ = 0;
   struct {
     int index = -1;
     std::int64_t time = 0;
   } lastPosition_;
+  bool positionLast_ = false;  // the last frame was a position frame
 };
 
 }  // namespace zor::receiver

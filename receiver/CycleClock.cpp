@@ -1,5 +1,6 @@
 #include "receiver/CycleClock.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace zor::receiver {
@@ -12,8 +13,29 @@ constexpr std::int64_t kLongestPace = 10'000'000;
 // A default pace is believed as much as one that was measured over this many indices.
 constexpr int kDefaultPaceSpan = 8;
 
+// A busy channel delays frames, some more than others; so many in a row are no more than that.
+constexpr int kMostOutliers = 3;
+
 // Cycles may be lost whole, but a silence longer than this many proves nothing.
 constexpr std::int64_t kMostCyclesApart = 64;
+
+// Indices follow each other at this pace in a burst, at most, whatever the sender's pace is.
+constexpr std::int64_t kLongestBurstPace = 10'000;
+
+// Between bursts the pace is so many times as long, at least.
+constexpr std::int64_t kBurstContrast = 3;
+
+// Each uneven step counts for so many even ones, which speak against bursts.
+constexpr int kUnevenStep = 8;
+constexpr int kUnevennessOfBursts = 2 * kUnevenStep;
+
+// Runs that take the place of others leave a break or two behind; so many are a timetable that is not
+// understood.
+constexpr int kBreaksOfNoTimetable = 8;
+
+// A channel pauses longest while the other encoding is mixed in: 1.63 s for the longest packet. A buffer may
+// hold frames for 300 ms on top.
+constexpr std::int64_t kLongestSilence = 2'000'000;
 
 }  // namespace
 
@@ -26,16 +48,41 @@ void CycleClock::restart() {
   periodConfirmed_ = false;
   challenger_.reset();
   measuredPace_ = 0;
+  unevenness_ = 0;
+  breaks_ = 0;
+  timeless_ = false;
+}
+
+void CycleClock::noteBurst() {
+  streak_ = 0;
+  unevenness_ += kUnevenStep;
+  timeless_ = timeless_ || unevenness_ >= kUnevennessOfBursts;
+}
+
+void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace) {
+  const auto [shorter, longer] = std::minmax(pace, previousPace);
+  const bool uneven = shorter < kLongestBurstPace && longer > kBurstContrast * shorter;
+  if (uneven || pace < kShortestPace) {
+    noteBurst();
+  } else if (unevenness_ > 0) {
+    --unevenness_;
+  }
 }
 
 CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
-  const bool paceRepeats = measurePace(index, time);
+  const int steps = index - previousIndex_;
+  const std::int64_t elapsed = time - previousTime_;
+  previousIndex_ = index;
+  previousTime_ = time;
   if (!started_) {
     started_ = true;
     streak_ = 1;
     beginCycle(index, time);
     return Fit::kStarted;
   }
+  if (timeless_) return observeTimeless(elapsed, time);
+  const bool paceRepeats = measurePace(steps, elapsed);
+  if (timeless_) return Fit::kTimeless;
   const std::int64_t residual = time - timeOf(index);
   if (index >= referenceIndex_ && std::abs(residual) <= tolerance()) {
     follow(index, time, residual);
@@ -53,15 +100,16 @@ CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
     if (index > challenger_->index) return adoptChallenger(index, time);
     if (index == challenger_->index) return Fit::kOutlier;  // the same frame heard twice
   }
-  if (!challenger_) {
-    challenger_ = Challenger{index, time, residual};
+  const int outliers = challenger_ ? challenger_->outliers + 1 : 1;
+  if (outliers <= kMostOutliers) {
+    challenger_ = Challenger{index, time, residual, outliers};
     return Fit::kOutlier;
   }
   streak_ = 1;
   period_ = 0;
   periodConfirmed_ = false;
   beginCycle(index, time);
-  return Fit::kBroken;
+  return broken();
 }
 
 std::optional<int> CycleClock::indexAt(std::int64_t time) const {
@@ -81,7 +129,7 @@ bool CycleClock::explainedBy(std::int64_t period) const {
 bool CycleClock::isMultiple(std::int64_t shift, std::int64_t period) const {
   if (period <= 0 || shift < period / 2) return false;
   const std::int64_t count = (shift + period / 2) / period;
-  return count <= kMostCyclesApart && std::abs(shift - count * period) <= tolerance() / 2;
+  return count <= kMostCyclesApart && std::abs(shift - count * period) <= tolerance();
 }
 
 void CycleClock::beginCycle(int index, std::int64_t time) {
@@ -113,17 +161,25 @@ CycleClock::Fit CycleClock::adoptChallenger(int index, std::int64_t time) {
   if (periodConfirmed_) return Fit::kNextCycle;
   if (previousPeriod == 0 && period_ != 0) return Fit::kNewCycle;
   streak_ = 2;
+  return broken();
+}
+
+CycleClock::Fit CycleClock::observeTimeless(std::int64_t elapsed, std::int64_t time) {
+  if (elapsed <= kLongestSilence) return Fit::kOnGrid;
+  beginCycle(referenceIndex_, time);
   return Fit::kBroken;
 }
 
-bool CycleClock::measurePace(int index, std::int64_t time) {
-  const int steps = index - previousIndex_;
-  const std::int64_t elapsed = time - previousTime_;
-  previousIndex_ = index;
-  previousTime_ = time;
-  if (!started_ || steps <= 0) return false;
+CycleClock::Fit CycleClock::broken() {
+  timeless_ = ++breaks_ >= kBreaksOfNoTimetable;
+  return timeless_ ? Fit::kTimeless : Fit::kBroken;
+}
+
+bool CycleClock::measurePace(int steps, std::int64_t elapsed) {
+  if (steps <= 0) return false;
   const std::int64_t measured = elapsed / steps;
   const bool repeats = std::abs(measured - measuredPace_) <= measured / 8;
+  if (measuredPace_ > 0) judgeEvenness(measured, measuredPace_);
   measuredPace_ = measured;
   return repeats && measured >= kShortestPace && measured <= kLongestPace;
 }

@@ -21,7 +21,8 @@ class CycleClock {
     kNextCycle,  ///< In a later cycle, where the known period puts it.
     kNewCycle,   ///< Second frame of a cycle whose distance from the last one cannot be judged yet.
     kBroken,     ///< Second frame of a cycle that the timetable does not explain.
-    kOutlier     ///< Off the grid; what it means will show with the next frame.
+    kOutlier,    ///< Off the grid; what it means will show with the next frame.
+    kTimeless    ///< Times have just turned out to mean nothing, those before included.
   };
 
   /// \param defaultPace pace that senders use unless told otherwise.
@@ -34,10 +35,19 @@ class CycleClock {
   std::optional<int> indexAt(std::int64_t time) const;
 
   /// True when enough frames in a row fitted for indexAt() to be relied on.
-  bool steady() const { return streak_ >= kSteadyStreak; }
+  bool steady() const { return !timeless_ && streak_ >= kSteadyStreak; }
 
-  /// Times have turned out to mean nothing: takes a new row of fitting frames to be steady() again.
-  void distrust() { streak_ = 0; }
+  /// True once there is no doubt that a buffer releases the frames in bursts, as an access point does while
+  /// stations sleep. Their order holds, their times mean nothing, until restart(). Only a silence longer than
+  /// any pause of a run still counts as a break: a person who mends a pass phrase takes longer.
+  bool timeless() const { return timeless_; }
+
+  /// Another channel has shown that times mean nothing.
+  void noteTimeless() { timeless_ = true; }
+
+  /// Frames without an index were heard closer together than they are sent: one mark of a buffer. Takes a new
+  /// row of fitting frames to be steady() again.
+  void noteBurst();
 
   /// True when the last frame was an outlier.
   bool hasOutlier() const { return challenger_.has_value(); }
@@ -46,7 +56,7 @@ class CycleClock {
   /// number of the given periods apart.
   bool explainedBy(std::int64_t period) const;
 
-  /// Time of the first frame of the cycle that observe() last reported as new or broken.
+  /// Time of the first frame of the cycle that observe() last reported as started, new or broken.
   std::int64_t cycleBegin() const { return cycleFirstTime_; }
 
   std::int64_t pace() const { return pace_; }
@@ -59,6 +69,7 @@ class CycleClock {
     int index;
     std::int64_t time;
     std::int64_t shift;  // distance from the cycle in force
+    int outliers;        // in a row, this one included
   };
 
   static constexpr int kSteadyStreak = 3;
@@ -68,8 +79,11 @@ class CycleClock {
   bool isMultiple(std::int64_t shift, std::int64_t period) const;
   void beginCycle(int index, std::int64_t time);
   void follow(int index, std::int64_t time, std::int64_t residual);
+  Fit observeTimeless(std::int64_t elapsed, std::int64_t time);
   Fit adoptChallenger(int index, std::int64_t time);
-  bool measurePace(int index, std::int64_t time);
+  Fit broken();
+  bool measurePace(int steps, std::int64_t elapsed);
+  void judgeEvenness(std::int64_t pace, std::int64_t previousPace);
   bool adoptPace(int index, std::int64_t time);
 
   std::int64_t pace_;
@@ -84,6 +98,9 @@ class CycleClock {
   bool periodConfirmed_ = false;
   std::optional<Challenger> challenger_;
   std::int64_t measuredPace_ = 0;
+  int unevenness_ = 0;
+  int breaks_ = 0;
+  bool timeless_ = false;
   int previousIndex_ = 0;
   std::int64_t previousTime_ = 0;
 };

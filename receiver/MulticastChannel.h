@@ -6,6 +6,7 @@
 
 #include "receiver/CycleClock.h"
 #include "receiver/PacketEvidence.h"
+#include "receiver/PendingPairs.h"
 #include "receiver/WireConstants.h"
 
 namespace zor::receiver {
@@ -35,10 +36,22 @@ class MulticastChannel {
   explicit MulticastChannel(const MulticastFormat& format);
 
   /// Takes a frame.
-  /// \param other evidence of the other encoding, which helps to find the length base.
   /// \return true when the frame belongs to this encoding.
-  bool observe(const GroupOctets& group, int length, std::int64_t time, PacketEvidence& evidence,
-               const PacketEvidence& other);
+  bool observe(const GroupOctets& group, int length, std::int64_t time, PacketEvidence& evidence);
+
+  /// Finds the length base by bytes that other channels have told, as long as it is not known.
+  /// \param other evidence of the other encoding.
+  /// \param likelySyncLength length of a sync frame to expect, if there is a reason to.
+  void findBase(PacketEvidence& evidence, const PacketEvidence& other, std::optional<int> likelySyncLength);
+
+  /// Times mean nothing, as another channel has shown.
+  void noteTimeless(PacketEvidence& evidence);
+
+  /// Frames that wait for a base.
+  const PendingPairs& pending() const { return pending_; }
+
+  /// Takes a base that the bytes of another channel have shown, as long as none is known.
+  void adoptSyncLength(int syncLength, PacketEvidence& evidence);
 
   /// Another run has begun: forgets its timetable, keeps the length base.
   void restart();
@@ -52,44 +65,16 @@ class MulticastChannel {
   const CycleClock& clock() const { return clock_; }
 
  private:
-  struct Frame {
-    int length = 0;
-    bool odd = false;
-    std::uint8_t first = 0;
-    std::uint8_t second = 0;
-    bool operator==(const Frame&) const = default;
-  };
-
-  /// A frame whose index is not known yet.
-  struct Pending {
-    bool used = false;
-    Frame frame;
-    std::int64_t firstSeen = 0;
-    std::int64_t lastSeen = 0;
-  };
-
-  // Lengths of one run differ by less than this, so each has a place of its own modulo this.
-  static constexpr int kPendingSlots = 64;
-
   void observeSync(int length, PacketEvidence& evidence);
-  void observeData(const Frame& frame, std::int64_t time, PacketEvidence& evidence,
-                   const PacketEvidence& other);
-  void followTimetable(int length, std::int64_t time, PacketEvidence& evidence);
-  void addPair(const Frame& frame, std::int64_t time, PacketEvidence& evidence) const;
-  void keepPending(const Frame& frame, std::int64_t time);
-  void clearPending();
-  void releasePending(PacketEvidence& evidence);
-  std::optional<int> baseOfWholePacket() const;
-  std::optional<int> baseByEvidence(const PacketEvidence& evidence, const PacketEvidence& other) const;
-  int agreement(int base, const ToldBytes& told) const;
+  void observeData(const GroupPair& pair, std::int64_t time, PacketEvidence& evidence);
+  void addPair(const GroupPair& pair, std::int64_t time, PacketEvidence& evidence) const;
+  void beginWithBase(int base, PacketEvidence& evidence);
 
   const MulticastFormat* format_;
   CycleClock clock_;
   std::optional<int> base_;  // length of data frame 0
   bool heard_ = false;
-  std::array<Pending, kPendingSlots> pending_{};
-  int lastPendingLength_ = 0;
-  bool wrapped_ = false;  // pending frames of two cycles
+  PendingPairs pending_;
 };
 
 }  // namespace zor::receiver

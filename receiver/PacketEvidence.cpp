@@ -31,6 +31,7 @@ bool PacketEvidence::takeRestart() {
 
 void PacketEvidence::add(int index, std::uint8_t value, Source source, std::int64_t time) {
   if (index < 0 || index >= wire::kMaxPacketBytes) return;
+  if (source == Source::kGroup) ++certainFrames_;
   if (!known(index)) {
     learn(index, value, source, time);
   } else if (byte(index) == value) {
@@ -90,9 +91,32 @@ void PacketEvidence::contradict(int index, std::uint8_t value, Source source, st
 
 void PacketEvidence::beginAnotherRun() {
   const unsigned changes = changes_;
+  const unsigned certainFrames = certainFrames_;
   *this = PacketEvidence(encoding_);
   changes_ = changes + 1;
+  certainFrames_ = certainFrames;
   restarted_ = true;
+}
+
+void PacketEvidence::noteTimetable(const CycleClock& clock, CycleClock::Fit fit) {
+  switch (fit) {
+    case CycleClock::Fit::kStarted:
+      noteChannelBegin(clock.cycleBegin());
+      break;
+    case CycleClock::Fit::kNewCycle:
+      noteBreak(clock.cycleBegin(), RunContinuity::Break::kProvisional);
+      break;
+    case CycleClock::Fit::kBroken:
+      noteBreak(clock.cycleBegin(), RunContinuity::Break::kUnexplained);
+      break;
+    case CycleClock::Fit::kTimeless:
+      excuseBreaks();
+      break;
+    case CycleClock::Fit::kOnGrid:
+    case CycleClock::Fit::kNextCycle:
+    case CycleClock::Fit::kOutlier:
+      break;
+  }
 }
 
 void PacketEvidence::noteChannelBegin(std::int64_t time) {
@@ -114,10 +138,13 @@ void PacketEvidence::dropLengthBytes() {
 
 void PacketEvidence::notePosition(int index) {
   highestPosition_ = std::max(highestPosition_, index);
+  ++certainFrames_;
 }
 
-bool PacketEvidence::reaches(int length) const {
-  return highestPair_ == (length - 1) / 2 || highestPosition_ == length - 1;
+bool PacketEvidence::excludes(int index, std::uint8_t value) const {
+  const Cell& cell = cells_[static_cast<std::size_t>(index)];
+  const bool sure = cell.source == Source::kGroup || !strayFrames_ || cell.sightings >= kSightingsToTrust;
+  return cell.known && sure && byte(index) != value;
 }
 
 bool PacketEvidence::exceeds(int length) const {
@@ -151,11 +178,9 @@ int PacketEvidence::packetLength() const {
 bool PacketEvidence::firm(int index, RunContinuity::Timetable timetable) const {
   const Cell& cell = cells_[static_cast<std::size_t>(index)];
   if (!cell.known || cell.disputed) return false;
-  const bool current = continuity_.current(cell.lastSeen, timetable);
-  if (!current && !continuity_.timeless()) return false;
-  const bool fromLength = cell.source == Source::kLength;
-  const bool doubtful = !current || (strayFrames_ && fromLength);
-  const int needed = disorder_ && fromLength ? kSightingsInDisorder : doubtful ? kSightingsToTrust : 1;
+  if (!continuity_.current(cell.lastSeen, timetable)) return false;
+  if (cell.source == Source::kGroup) return true;
+  const int needed = disorder_ ? kSightingsInDisorder : strayFrames_ ? kSightingsToTrust : 1;
   return cell.sightings >= needed;
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "receiver/Credentials.h"
+#include "receiver/CycleClock.h"
 #include "receiver/PacketReader.h"
 #include "receiver/RunContinuity.h"
 #include "receiver/WireConstants.h"
@@ -38,16 +39,26 @@ class PacketEvidence {
   /// Broadcasts were heard out of order: conclusions from their order are to be distrusted.
   void noteDisorder() { disorder_ = true; }
 
-  /// Another channel of this sender has begun.
-  void noteChannelBegin(std::int64_t time);
+  /// Number of frames heard that are of this encoding beyond doubt.
+  unsigned certainFrames() const { return certainFrames_; }
+
+  /// A channel's clock has just said this of a frame.
+  void noteTimetable(const CycleClock& clock, CycleClock::Fit fit);
 
   void noteBreak(std::int64_t time, RunContinuity::Break kind) { continuity_.noteBreak(time, kind); }
+
+  /// The times by which breaks were noticed mean nothing.
+  void excuseBreaks() { continuity_.excuseBreaks(); }
 
   /// Forgets the bytes whose only source is broadcast lengths.
   void dropLengthBytes();
 
   bool known(int index) const { return cells_[static_cast<std::size_t>(index)].known; }
   std::uint8_t byte(int index) const { return bytes_[static_cast<std::size_t>(index)]; }
+
+  /// True when the byte is known well enough to say that it is not this value.
+  bool excludes(int index, std::uint8_t value) const;
+
   int knownCount() const { return knownCount_; }
 
   /// Grows whenever a byte is learnt, replaced or forgotten.
@@ -69,9 +80,6 @@ class PacketEvidence {
   /// Highest index of a multicast frame heard, -1 for none.
   int highestPair() const { return highestPair_; }
 
-  /// The packet's last frame was heard by its own number.
-  bool reaches(int length) const;
-
   /// A frame beyond the packet's last one was heard.
   bool exceeds(int length) const;
 
@@ -92,6 +100,7 @@ class PacketEvidence {
     std::int64_t lastSighting = 0;  // last time that counted as a sighting of its own
   };
 
+  void noteChannelBegin(std::int64_t time);
   void learn(int index, std::uint8_t value, Source source, std::int64_t time);
   void confirm(int index, Source source, std::int64_t time);
   void contradict(int index, std::uint8_t value, Source source, std::int64_t time);
@@ -108,6 +117,7 @@ class PacketEvidence {
   int highestPair_ = -1;
   int highestPosition_ = -1;
   int contradictions_ = 0;  // in a row
+  unsigned certainFrames_ = 0;
   std::int64_t begin_ = 0;
   RunContinuity continuity_;
 };

@@ -15,7 +15,8 @@ Encoding otherOf(Encoding encoding) {
 
 }  // namespace
 
-PacketView::PacketView(Encoding encoding, const PacketEvidence& own, const PacketEvidence& other)
+PacketView::PacketView(Encoding encoding, const PacketEvidence& own, const PacketEvidence& other,
+                       bool interleaved)
     : encoding_(encoding), own_(&own), other_(&other) {
   std::array<std::uint8_t, wire::kVersion5Payload> header{};
   bool borrowed = false;
@@ -31,7 +32,7 @@ PacketView::PacketView(Encoding encoding, const PacketEvidence& own, const Packe
     }
   }
   fields_ = readHeader(encoding_, header);
-  linked_ = fields_ && linked();
+  linked_ = fields_ && linked(interleaved);
   if (borrowed && !linked_) fields_.reset();
 }
 
@@ -44,26 +45,19 @@ bool PacketView::commonToBoth(int index) const {
          index < headerLength(encoding_) + fields_->ssidLength + fields_->passPhraseLength;
 }
 
-bool PacketView::linked() const {
+bool PacketView::linked(bool interleaved) const {
   int agreed = 0;
   for (int index = commonBegin(encoding_); commonToBoth(index); ++index) {
     if (!own_->known(index) || !other_->known(otherIndex(index))) continue;
     if (own_->byte(index) != other_->byte(otherIndex(index))) return false;
     if (tellsRunsApart(*fields_, index - headerLength(encoding_))) ++agreed;
   }
-  return agreed >= kBytesToLink;
-}
-
-bool PacketView::reaches() const {
-  if (own_->reaches(fields_->packetLength)) return true;
-  // The other packet ends with the pass phrase too when there is nothing to append.
-  if (!linked_ || fields_->appendLength != 0) return false;
-  return other_->reaches(other_->packetLength());
+  return interleaved || agreed >= kBytesToLink;
 }
 
 std::optional<Credentials> PacketView::read(RunContinuity::Timetable own,
                                             RunContinuity::Timetable other) const {
-  if (!fields_ || !reaches()) return std::nullopt;
+  if (!fields_) return std::nullopt;
   std::array<std::uint8_t, wire::kMaxPacketBytes> packet{};
   for (int index = 0; index < fields_->packetLength; ++index) {
     const auto slot = static_cast<std::size_t>(index);

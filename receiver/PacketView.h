@@ -14,7 +14,8 @@ class PacketView {
  public:
   /// \param own evidence of the encoding that is read.
   /// \param other evidence of the other encoding. Both must outlive the view.
-  PacketView(Encoding encoding, const PacketEvidence& own, const PacketEvidence& other);
+  /// \param interleaved frames of each encoding were heard between frames of the other.
+  PacketView(Encoding encoding, const PacketEvidence& own, const PacketEvidence& other, bool interleaved);
 
   /// Fields of the packet's header, once it is known and possible.
   const std::optional<PacketFields>& fields() const { return fields_; }
@@ -22,15 +23,14 @@ class PacketView {
   /// True when a frame was heard that the packet has no place for.
   bool exceeded() const { return fields_ && own_->exceeds(fields_->packetLength); }
 
-  /// Takes the credentials out once every byte is known, the end of the packet was heard and the CRC holds.
+  /// Takes the credentials out once every byte is known and the CRC holds.
   /// \param own what the timetables of the encoding say; \param other those of the other encoding.
   std::optional<Credentials> read(RunContinuity::Timetable own, RunContinuity::Timetable other) const;
 
  private:
   bool commonToBoth(int index) const;
   int otherIndex(int index) const;
-  bool linked() const;
-  bool reaches() const;
+  bool linked(bool interleaved) const;
 
   Encoding encoding_;
   const PacketEvidence* own_;

@@ -9,9 +9,13 @@ void RunContinuity::noteBreak(std::int64_t time, Break kind) {
   latest_ = open_ ? std::max(latest_, time) : time;
   open_ = true;
   provisional_ = provisional_ && kind == Break::kProvisional;
+  contradicted_ = contradicted_ || kind == Break::kContradiction;
   textAgrees_ = false;
   crcAgrees_ = false;
-  if (kind == Break::kUnexplained) ++unexplainedCount_;
+}
+
+void RunContinuity::excuseBreaks() {
+  if (!contradicted_) reset();
 }
 
 void RunContinuity::noteAgreement(std::int64_t firstSeen, std::int64_t time, Agreement agreement) {

@@ -28,28 +28,25 @@ class RunContinuity {
 
   void noteBreak(std::int64_t time, Break kind);
 
+  /// The times by which breaks were noticed have turned out to mean nothing.
+  void excuseBreaks();
+
   /// A byte first seen at firstSeen was seen again with its old value.
   void noteAgreement(std::int64_t firstSeen, std::int64_t time, Agreement agreement);
 
   /// True when a byte last seen at lastSeen is of the run that is being heard now.
   bool current(std::int64_t lastSeen, Timetable timetable) const;
 
-  /// True when breaks are so many that the times mean nothing, as behind a power-save buffer.
-  bool timeless() const { return unexplainedCount_ >= kTimelessCount; }
-
   void reset() { *this = RunContinuity(); }
 
  private:
-  // More than a run or two that take the place of another leave behind.
-  static constexpr int kTimelessCount = 8;
-
   bool open_ = false;
-  bool provisional_ = true;  // all of the open breaks
+  bool provisional_ = true;    // all of the open breaks
+  bool contradicted_ = false;  // any of the open breaks
   bool textAgrees_ = false;
   bool crcAgrees_ = false;
   std::int64_t earliest_ = 0;
   std::int64_t latest_ = 0;
-  int unexplainedCount_ = 0;
 };
 
 }  // namespace zor::receiver

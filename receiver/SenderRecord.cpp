@@ -14,16 +14,19 @@ constexpr std::int64_t kDefaultLoopInterval = 100'000;
 constexpr std::int64_t kVersion3Extra = 3 * 10'000 + 20'000;
 constexpr std::int64_t kVersion3Pace = 10'000;
 
+// Frames of one encoding between frames of the other: both are of one run.
+constexpr int kChangesOfInterleaving = 2;
+
 int pairs(int packetLength) {
   return (packetLength + 1) / 2;
 }
 
-std::int64_t version3Period(int pairCount) {
-  return kVersion3Extra + pairCount * kVersion3Pace;
+std::int64_t version3Period(int packetLength) {
+  return kVersion3Extra + pairs(packetLength) * kVersion3Pace;
 }
 
-std::int64_t multicastPeriod(int pairCount, std::int64_t pace) {
-  return (pairCount + 1) * pace + kDefaultLoopInterval;
+std::int64_t multicastPeriod(int packetLength, std::int64_t pace) {
+  return (pairs(packetLength) + 1) * pace + kDefaultLoopInterval;
 }
 
 // One value and one position frame per byte, and three sync frames; the pace is that of a byte.
@@ -32,8 +35,14 @@ std::int64_t broadcastPeriod(int packetLength, std::int64_t pace) {
 }
 
 RunContinuity::Timetable judge(const CycleClock& clock, std::int64_t period) {
-  if (clock.explainedBy(period)) return RunContinuity::Timetable::kExplained;
+  if (clock.timeless() || clock.explainedBy(period)) return RunContinuity::Timetable::kExplained;
   return clock.hasOutlier() ? RunContinuity::Timetable::kInterrupted : RunContinuity::Timetable::kUnexplained;
+}
+
+// Of packets with these texts; append bytes are known from the version 5 packet only.
+int version5Length(const PacketFields& fields) {
+  return headerLength(Encoding::kVersion5) + fields.ssidLength + fields.passPhraseLength +
+         fields.appendLength;
 }
 
 int version3Length(const PacketFields& fields) {
@@ -53,16 +62,14 @@ void SenderRecord::assign(const MacAddress& sender) {
 std::optional<Credentials> SenderRecord::observe(const Observation& observation) {
   lastHeard_ = observation.timeMicroseconds;
   ++framesHeard_;
+  const unsigned version5Frames = version5_.certainFrames();
+  const unsigned version3Frames = version3_.certainFrames();
   read(observation);
-  if (version5_.takeRestart()) {
-    version5Multicast_.restart();
-    broadcast_.restart();
-    version3_.noteBreak(lastHeard_, RunContinuity::Break::kUnexplained);
-  }
-  if (version3_.takeRestart()) {
-    version3Multicast_.restart();
-    version5_.noteBreak(lastHeard_, RunContinuity::Break::kUnexplained);
-  }
+  shareTimelessness();
+  findBases();
+  broadcast_.placeLate(version5_);
+  noteOrder(version5Frames, version3Frames);
+  passOnRestarts();
   auto credentials = complete();
   if (!credentials || !isNews(*credentials)) return std::nullopt;
   credentials->sender = sender_;
@@ -70,30 +77,72 @@ std::optional<Credentials> SenderRecord::observe(const Observation& observation)
   return credentials;
 }
 
+void SenderRecord::passOnRestarts() {
+  if (version5_.takeRestart()) {
+    encodingChanges_ = 0;
+    version5Multicast_.restart();
+    broadcast_.restart();
+    version3_.noteBreak(lastHeard_, RunContinuity::Break::kUnexplained);
+  }
+  if (version3_.takeRestart()) {
+    encodingChanges_ = 0;
+    version3Multicast_.restart();
+    version5_.noteBreak(lastHeard_, RunContinuity::Break::kUnexplained);
+  }
+}
+
 void SenderRecord::read(const Observation& observation) {
   const int length = observation.frameLength;
   const std::int64_t time = observation.timeMicroseconds;
   const MacAddress& to = observation.destination;
   if (to == wire::kBroadcastAddress) {
-    const auto likely = version5Multicast_.syncLength();
-    broadcast_.observe(length, time, version5_, version3_, likely ? likely : version3Multicast_.syncLength());
+    broadcast_.observe(length, time, version5_);
     return;
   }
   const GroupOctets group{to[3], to[4], to[5]};
-  if (!version5Multicast_.observe(group, length, time, version5_, version3_)) {
-    version3Multicast_.observe(group, length, time, version3_, version5_);
+  if (!version5Multicast_.observe(group, length, time, version5_)) {
+    version3Multicast_.observe(group, length, time, version3_);
   }
 }
 
+void SenderRecord::shareTimelessness() {
+  const bool multicast = version5Multicast_.clock().timeless() || version3Multicast_.clock().timeless();
+  // Who holds broadcasts holds multicasts as well, but not the other way round.
+  if (!multicast && !broadcast_.clock().timeless()) return;
+  version5Multicast_.noteTimeless(version5_);
+  version3Multicast_.noteTimeless(version3_);
+}
+
+void SenderRecord::findBases() {
+  if (const auto common = broadcast_.commonBase(version5Multicast_.pending())) {
+    version5Multicast_.adoptSyncLength(*common, version5_);
+  }
+  // The lengths of sync frames are the same on every channel unless told otherwise.
+  const auto syncLength = version5Multicast_.syncLength();
+  const auto markerLength = version3Multicast_.syncLength();
+  const auto sync1Length = broadcast_.base();
+  version5Multicast_.findBase(version5_, version3_, markerLength ? markerLength : sync1Length);
+  version3Multicast_.findBase(version3_, version5_, syncLength ? syncLength : sync1Length);
+  broadcast_.findBase(version5_, version3_, syncLength ? syncLength : markerLength);
+}
+
+void SenderRecord::noteOrder(unsigned version5Frames, unsigned version3Frames) {
+  std::optional<Encoding> heard;
+  if (version5_.certainFrames() != version5Frames) heard = Encoding::kVersion5;
+  if (version3_.certainFrames() != version3Frames) heard = Encoding::kVersion3;
+  if (!heard) return;
+  if (lastEncoding_ && lastEncoding_ != heard) ++encodingChanges_;
+  lastEncoding_ = heard;
+}
+
 std::optional<Credentials> SenderRecord::complete() {
-  const PacketView version5(Encoding::kVersion5, version5_, version3_);
-  const PacketView version3(Encoding::kVersion3, version3_, version5_);
+  const bool interleaved = encodingChanges_ >= kChangesOfInterleaving;
+  const PacketView version5(Encoding::kVersion5, version5_, version3_, interleaved);
+  const PacketView version3(Encoding::kVersion3, version3_, version5_, interleaved);
   if (!version5.fields() && !version3.fields()) return std::nullopt;
   const PacketFields& known = version5.fields() ? *version5.fields() : *version3.fields();
-  const int version3Pairs = pairs(version3Length(known));
-  const int version5Pairs = version5.fields() ? pairs(known.packetLength) : version5_.highestPair() + 1;
-  const auto timetable5 = version5Timetable(version5Pairs, version3Pairs);
-  const auto timetable3 = version3Timetable(version5Pairs, version3Pairs);
+  const auto timetable5 = version5Timetable(known);
+  const auto timetable3 = version3Timetable(known);
   if (settledVersion5_ == version5_.changes()) return std::nullopt;
   if (auto credentials = version5.read(timetable5, timetable3)) {
     settledVersion5_ = version5_.changes();
@@ -106,19 +155,20 @@ std::optional<Credentials> SenderRecord::complete() {
   return credentials;
 }
 
-RunContinuity::Timetable SenderRecord::version5Timetable(int version5Pairs, int version3Pairs) const {
+RunContinuity::Timetable SenderRecord::version5Timetable(const PacketFields& fields) const {
   const CycleClock& multicast = version5Multicast_.clock();
   const CycleClock& broadcast = broadcast_.clock();
-  const std::int64_t mixed = version3Multicast_.heard() ? version3Period(version3Pairs) : 0;
-  const auto inGroups = judge(multicast, multicastPeriod(version5Pairs, multicast.pace()) + mixed);
-  const auto inLengths = judge(broadcast, broadcastPeriod(version5_.packetLength(), broadcast.pace()));
+  const int length = version5Length(fields);
+  const std::int64_t mixed = version3Multicast_.heard() ? version3Period(version3Length(fields)) : 0;
+  const auto inGroups = judge(multicast, multicastPeriod(length, multicast.pace()) + mixed);
+  const auto inLengths = judge(broadcast, broadcastPeriod(length, broadcast.pace()));
   return std::max(inGroups, inLengths);
 }
 
-RunContinuity::Timetable SenderRecord::version3Timetable(int version5Pairs, int version3Pairs) const {
+RunContinuity::Timetable SenderRecord::version3Timetable(const PacketFields& fields) const {
   const std::int64_t pace = version5Multicast_.clock().pace();
-  const std::int64_t mixed = version5Multicast_.heard() ? multicastPeriod(version5Pairs, pace) : 0;
-  return judge(version3Multicast_.clock(), version3Period(version3Pairs) + mixed);
+  const std::int64_t mixed = version5Multicast_.heard() ? multicastPeriod(version5Length(fields), pace) : 0;
+  return judge(version3Multicast_.clock(), version3Period(version3Length(fields)) + mixed);
 }
 
 bool SenderRecord::isNews(const Credentials& credentials) const {

@@ -38,9 +38,13 @@ class SenderRecord {
   static constexpr unsigned kProbationFrames = 4;
 
   void read(const Observation& observation);
+  void passOnRestarts();
+  void shareTimelessness();
+  void findBases();
+  void noteOrder(unsigned version5Frames, unsigned version3Frames);
   std::optional<Credentials> complete();
-  RunContinuity::Timetable version5Timetable(int version5Pairs, int version3Pairs) const;
-  RunContinuity::Timetable version3Timetable(int version5Pairs, int version3Pairs) const;
+  RunContinuity::Timetable version5Timetable(const PacketFields& fields) const;
+  RunContinuity::Timetable version3Timetable(const PacketFields& fields) const;
   bool isNews(const Credentials& credentials) const;
 
   MacAddress sender_{};
@@ -52,6 +56,8 @@ class SenderRecord {
   MulticastChannel version5Multicast_{kVersion5Multicast};
   MulticastChannel version3Multicast_{kVersion3Multicast};
   BroadcastChannel broadcast_;
+  std::optional<Encoding> lastEncoding_;
+  int encodingChanges_ = 0;
   std::optional<Credentials> reported_;
   // What was read stays as it is while nothing changes.
   std::optional<unsigned> settledVersion5_;

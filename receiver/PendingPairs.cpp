@@ -1,0 +1,87 @@
+#include "receiver/PendingPairs.h"
+
+#include <algorithm>
+
+#include "receiver/WireConstants.h"
+
+namespace zor::receiver {
+namespace {
+
+// Bytes told by other channels that the frames must agree with, none disagreeing, to be given a base.
+constexpr int kBytesToAgree = 4;
+constexpr int kBytesToAgreeIfLikely = 2;
+
+bool isOdd(int index) {
+  return index % 2 != 0;
+}
+
+}  // namespace
+
+void PendingPairs::keep(const GroupPair& pair, std::int64_t time) {
+  Kept& slot = frames_[static_cast<std::size_t>(pair.length) % kSlots];
+  if (slot.used && slot.pair != pair) clear();
+  if (slot.used) {
+    slot.lastSeen = time;
+  } else {
+    slot = Kept{true, pair, time, time};
+  }
+  wrapped_ = wrapped_ || pair.length < latest_;
+  latest_ = pair.length;
+  shortest_ = shortest_ == kNone ? pair.length : std::min(shortest_, pair.length);
+  longest_ = std::max(longest_, pair.length);
+}
+
+std::optional<ToldBytes> PendingPairs::bytesIf(int base) const {
+  ToldBytes told;
+  for (const Kept& slot : frames_) {
+    if (!slot.used) continue;
+    const int index = slot.pair.length - base;
+    if (index < 0 || index >= wire::kMaxPairs || isOdd(index) != slot.pair.odd) return std::nullopt;
+    const auto first = 2 * static_cast<std::size_t>(index);
+    told[first] = slot.pair.first;
+    told[first + 1] = slot.pair.second;
+  }
+  return told;
+}
+
+std::optional<int> PendingPairs::baseOfWholePacket(Encoding encoding) const {
+  if (!wrapped_) return std::nullopt;  // frames before the first one heard may be missing
+  const auto told = bytesIf(shortest_);
+  if (!told) return std::nullopt;
+  std::array<std::uint8_t, wire::kMaxPacketBytes> packet{};
+  const auto length = static_cast<std::size_t>(2 * (longest_ - shortest_ + 1));
+  for (std::size_t i = 0; i < length; ++i) {
+    if (!(*told)[i]) return std::nullopt;
+    packet[i] = *(*told)[i];
+  }
+  const auto fields = readHeader(encoding, packet);
+  if (!fields || (fields->packetLength + 1) / 2 != longest_ - shortest_ + 1) return std::nullopt;
+  if (!crcHolds(encoding, *fields, packet)) return std::nullopt;
+  return shortest_;
+}
+
+std::optional<int> PendingPairs::baseByBytes(const ToldBytes& told, std::optional<int> likely) const {
+  std::optional<int> found;
+  for (int base = longest_ - wire::kMaxPairs + 1; base <= shortest_; ++base) {
+    const int agreed = agreement(base, told);
+    if (base == likely && agreed >= kBytesToAgreeIfLikely) return base;
+    if (agreed < kBytesToAgree) continue;
+    if (found) return std::nullopt;
+    found = base;
+  }
+  return found;
+}
+
+int PendingPairs::agreement(int base, const ToldBytes& told) const {
+  const auto bytes = bytesIf(base);
+  if (!bytes) return 0;
+  int agreed = 0;
+  for (std::size_t i = 0; i < told.size(); ++i) {
+    if (!told[i] || !(*bytes)[i]) continue;
+    if (*told[i] != *(*bytes)[i]) return 0;
+    ++agreed;
+  }
+  return agreed;
+}
+
+}  // namespace zor::receiver
