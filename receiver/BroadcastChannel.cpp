@@ -123,10 +123,15 @@ void BroadcastChannel::noticeBurst(std::int64_t time, PacketEvidence& evidence) 
   if (time - lastDecoded_ < kBurstWithin) {
     const bool timeless = clock_.timeless();
     clock_.noteBurst();
-    if (clock_.timeless() && !timeless) evidence.excuseBreaks();
+    if (clock_.timeless() && !timeless) beginTimeless(evidence);
     waitingCount_ = 0;
   }
   lastDecoded_ = time;
+}
+
+void BroadcastChannel::beginTimeless(PacketEvidence& evidence) {
+  evidence.excuseBreaks();
+  evidence.doubtLengthBytes();
 }
 
 void BroadcastChannel::observeSync(int offset, std::int64_t time, PacketEvidence& evidence) {
@@ -154,6 +159,7 @@ void BroadcastChannel::observePosition(int index, std::int64_t time, PacketEvide
   const CycleClock before = clock_;
   const CycleClock::Fit fit = clock_.observe(index, time);
   evidence.noteTimetable(clock_, fit);
+  if (fit == CycleClock::Fit::kTimeless) beginTimeless(evidence);
   if (!clock_.steady()) {
     endRun(index, time, evidence);
     if (run_.isFollowedBy(index)) evidence.notePosition(index);

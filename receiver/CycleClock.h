@@ -72,7 +72,7 @@ class CycleClock {
     int outliers;        // in a row, this one included
   };
 
-  static constexpr int kSteadyStreak = 3;
+  static constexpr int kSteadyStreak = 6;
 
   std::int64_t tolerance() const { return pace_ * 2 / 5; }
   std::int64_t timeOf(int index) const { return referenceTime_ + (index - referenceIndex_) * pace_; }

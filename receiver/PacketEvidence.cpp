@@ -54,7 +54,8 @@ void PacketEvidence::learn(int index, std::uint8_t value, Source source, std::in
 void PacketEvidence::confirm(int index, Source source, std::int64_t time) {
   Cell& cell = cells_[static_cast<std::size_t>(index)];
   const auto agreement = agreementOf(index);
-  if (time - cell.lastSighting >= kSeparateSightings || source != cell.source) {
+  const bool apart = time - cell.lastSighting >= kSeparateSightings;
+  if (apart || source != cell.source || cell.sightings == 0) {
     if (cell.sightings < kSightingsInDisorder) ++cell.sightings;
     cell.lastSighting = time;
   }
@@ -73,6 +74,10 @@ void PacketEvidence::contradict(int index, std::uint8_t value, Source source, st
   if (length != 0 && index >= length) return;  // padding carries no meaning
   Cell& cell = cells_[static_cast<std::size_t>(index)];
   const bool certain = source == Source::kGroup && cell.source == Source::kGroup;
+  if (!certain && cell.sightings == 0) {
+    learn(index, value, source, time);
+    return;
+  }
   if (certain || ++contradictions_ >= kContradictionsOfAnotherRun) {
     beginAnotherRun();
     learn(index, value, source, time);
@@ -124,6 +129,12 @@ void PacketEvidence::noteChannelBegin(std::int64_t time) {
   continuity_.noteBreak(time, RunContinuity::Break::kUnexplained);
 }
 
+void PacketEvidence::doubtLengthBytes() {
+  for (Cell& cell : cells_) {
+    if (cell.source == Source::kLength) cell.sightings = 0;
+  }
+}
+
 void PacketEvidence::dropLengthBytes() {
   for (Cell& cell : cells_) {
     if (!cell.known || cell.source == Source::kGroup) continue;
@@ -143,8 +154,8 @@ void PacketEvidence::notePosition(int index) {
 
 bool PacketEvidence::excludes(int index, std::uint8_t value) const {
   const Cell& cell = cells_[static_cast<std::size_t>(index)];
-  const bool sure = cell.source == Source::kGroup || !strayFrames_ || cell.sightings >= kSightingsToTrust;
-  return cell.known && sure && byte(index) != value;
+  const int needed = strayFrames_ ? kSightingsToTrust : 1;
+  return cell.known && (cell.source == Source::kGroup || cell.sightings >= needed) && byte(index) != value;
 }
 
 bool PacketEvidence::exceeds(int length) const {

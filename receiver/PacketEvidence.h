@@ -47,6 +47,10 @@ class PacketEvidence {
 
   void noteBreak(std::int64_t time, RunContinuity::Break kind) { continuity_.noteBreak(time, kind); }
 
+  /// The times by which bytes were placed mean nothing: those whose only source is broadcast lengths are to
+  /// be seen anew before they count.
+  void doubtLengthBytes();
+
   /// The times by which breaks were noticed mean nothing.
   void excuseBreaks() { continuity_.excuseBreaks(); }
 

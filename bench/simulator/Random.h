@@ -11,17 +11,13 @@ class Random {
  public:
   using result_type = std::uint64_t;
 
-  explicit Random(std::uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 1) {}
+  /// Neighbouring seeds give sequences that have nothing to do with each other.
+  explicit Random(std::uint64_t seed) : state_(mix(seed)) {}
 
   static constexpr result_type min() { return 0; }
   static constexpr result_type max() { return UINT64_MAX; }
 
-  result_type operator()() {
-    std::uint64_t bits = state_ += 0x9E3779B97F4A7C15U;
-    bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9U;
-    bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBU;
-    return bits ^ (bits >> 31);
-  }
+  result_type operator()() { return mix(state_ += 0x9E3779B97F4A7C15U); }
 
   /// At least 0, less than 1.
   double fraction() { return static_cast<double>((*this)() >> 11) * 0x1p-53; }
@@ -35,6 +31,12 @@ class Random {
   double exponential(double mean) { return -mean * std::log(1 - fraction()); }
 
  private:
+  static result_type mix(std::uint64_t bits) {
+    bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9U;
+    bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBU;
+    return bits ^ (bits >> 31);
+  }
+
   std::uint64_t state_;
 };
 
