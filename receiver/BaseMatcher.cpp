@@ -37,7 +37,8 @@ void BaseMatcher::addPair(int length, int nextLength) {
   if (!known) pairs_[count_++] = Pair{length, nextLength};
 }
 
-std::optional<int> BaseMatcher::match(const ToldBytes& told, std::optional<int> likely) const {
+std::optional<int> BaseMatcher::match(const ToldBytes& told, std::optional<int> likely,
+                                      int packetLength) const {
   if (count_ == 0) return std::nullopt;
   if (likely) {
     const Verdict verdict = judge(*likely, told);
@@ -80,6 +81,7 @@ BaseMatcher::Verdict BaseMatcher::judge(int base, const ToldBytes& told) const {
     if (!isValue(first) || !isPosition(second)) continue;
     const int value = first - wire::kValueOffset;
     const int index = second - wire::kPositionOffset;
+    verdict.lastIndex = std::max(verdict.lastIndex, index);
     const auto& byte = told[static_cast<std::size_t>(index)];
     if (!byte) continue;
     ++(*byte == value ? verdict.agreed : verdict.disagreed);

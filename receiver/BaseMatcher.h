@@ -16,8 +16,10 @@ class BaseMatcher {
   /// Takes two frames heard in direct succession. Only a value frame is longer than the frame behind it.
   void addPair(int length, int nextLength);
 
-  /// \param likely the base to expect, if there is one: fewer bytes suffice to confirm it.
-  std::optional<int> match(const ToldBytes& told, std::optional<int> likely) const;
+  /// \param likely the base to expect, if there is one: fewer bytes suffice to confirm it, or that the last
+  /// position is where it puts the packet's end.
+  /// \param packetLength 0 if unknown.
+  std::optional<int> match(const ToldBytes& told, std::optional<int> likely, int packetLength) const;
 
   /// True when enough bytes agree with this base and none disagrees.
   bool confirms(int base, const ToldBytes& told) const;
@@ -37,6 +39,7 @@ class BaseMatcher {
   struct Verdict {
     int agreed = 0;
     int disagreed = 0;
+    int lastIndex = -1;    ///< Highest position.
     bool possible = true;  ///< No length is one that the base leaves no meaning.
   };
 

@@ -66,9 +66,9 @@ bool BroadcastChannel::baseShown(const Frame& frame, const Frame& previous) {
 }
 
 void BroadcastChannel::findBase(PacketEvidence& evidence, const PacketEvidence& other,
-                                std::optional<int> likelyBase) {
+                                std::optional<int> likelyBase, int packetLength) {
   if (base_.base() || matcher_.empty() || evidence.knownCount() + other.knownCount() == 0) return;
-  const auto base = matcher_.match(bytesTold(Encoding::kVersion5, evidence, other), likelyBase);
+  const auto base = matcher_.match(bytesTold(Encoding::kVersion5, evidence, other), likelyBase, packetLength);
   if (base && base_.vote(*base, kMatchVotes)) beginWithBase(evidence);
 }
 

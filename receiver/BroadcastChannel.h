@@ -37,7 +37,9 @@ class BroadcastChannel {
   /// Finds the length base by bytes that other channels have told, as long as it is not known.
   /// \param other evidence of the other encoding.
   /// \param likelyBase length base to expect, if there is a reason to.
-  void findBase(PacketEvidence& evidence, const PacketEvidence& other, std::optional<int> likelyBase);
+  /// \param packetLength 0 if unknown.
+  void findBase(PacketEvidence& evidence, const PacketEvidence& other, std::optional<int> likelyBase,
+                int packetLength);
 
   /// Another run has begun: forgets its timetable and its frames, keeps the length base.
   void restart();

@@ -72,11 +72,11 @@ void MulticastChannel::observeData(const GroupPair& pair, std::int64_t time, Pac
 }
 
 void MulticastChannel::findBase(PacketEvidence& evidence, const PacketEvidence& other,
-                                std::optional<int> likelySyncLength) {
+                                std::optional<int> likelySyncLength, int packetLength) {
   if (base_ || pending_.empty() || evidence.knownCount() + other.knownCount() == 0) return;
   std::optional<int> likely;
   if (likelySyncLength) likely = *likelySyncLength + format_->firstFrameOffset;
-  const auto base = pending_.baseByBytes(bytesTold(format_->encoding, evidence, other), likely);
+  const auto base = pending_.baseByBytes(bytesTold(format_->encoding, evidence, other), likely, packetLength);
   if (base) beginWithBase(*base, evidence);
 }
 

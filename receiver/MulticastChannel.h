@@ -42,7 +42,9 @@ class MulticastChannel {
   /// Finds the length base by bytes that other channels have told, as long as it is not known.
   /// \param other evidence of the other encoding.
   /// \param likelySyncLength length of a sync frame to expect, if there is a reason to.
-  void findBase(PacketEvidence& evidence, const PacketEvidence& other, std::optional<int> likelySyncLength);
+  /// \param packetLength length of this encoding's packet, 0 if unknown.
+  void findBase(PacketEvidence& evidence, const PacketEvidence& other, std::optional<int> likelySyncLength,
+                int packetLength);
 
   /// Times mean nothing, as another channel has shown.
   void noteTimeless(PacketEvidence& evidence);

@@ -60,10 +60,13 @@ std::optional<int> PendingPairs::baseOfWholePacket(Encoding encoding) const {
   return shortest_;
 }
 
-std::optional<int> PendingPairs::baseByBytes(const ToldBytes& told, std::optional<int> likely) const {
+std::optional<int> PendingPairs::baseByBytes(const ToldBytes& told, std::optional<int> likely,
+                                             int packetLength) const {
+  const bool endsThere = likely && longest_ - *likely == (packetLength - 1) / 2;
+  if (packetLength != 0 && endsThere && agreement(*likely, told)) return likely;
   std::optional<int> found;
   for (int base = longest_ - wire::kMaxPairs + 1; base <= shortest_; ++base) {
-    const int agreed = agreement(base, told);
+    const int agreed = agreement(base, told).value_or(0);
     if (base == likely && agreed >= kBytesToAgreeIfLikely) return base;
     if (agreed < kBytesToAgree) continue;
     if (found) return std::nullopt;
@@ -72,13 +75,13 @@ std::optional<int> PendingPairs::baseByBytes(const ToldBytes& told, std::optiona
   return found;
 }
 
-int PendingPairs::agreement(int base, const ToldBytes& told) const {
+std::optional<int> PendingPairs::agreement(int base, const ToldBytes& told) const {
   const auto bytes = bytesIf(base);
-  if (!bytes) return 0;
+  if (!bytes) return std::nullopt;
   int agreed = 0;
   for (std::size_t i = 0; i < told.size(); ++i) {
     if (!told[i] || !(*bytes)[i]) continue;
-    if (*told[i] != *(*bytes)[i]) return 0;
+    if (*told[i] != *(*bytes)[i]) return std::nullopt;
     ++agreed;
   }
   return agreed;

@@ -51,13 +51,15 @@ class PendingPairs {
   std::optional<int> baseOfWholePacket(Encoding encoding) const;
 
   /// The base, if enough bytes that other channels have told agree with one, and with no other.
-  /// \param likely the base to expect, if there is one: fewer bytes suffice to confirm it.
-  std::optional<int> baseByBytes(const ToldBytes& told, std::optional<int> likely) const;
+  /// \param likely the base to expect, if there is one: fewer bytes suffice to confirm it, or that the last
+  /// frame is where it puts the packet's end. \param packetLength 0 if unknown.
+  std::optional<int> baseByBytes(const ToldBytes& told, std::optional<int> likely, int packetLength) const;
 
  private:
   static constexpr int kNone = -1;
 
-  int agreement(int base, const ToldBytes& told) const;
+  /// Number of bytes that agree with those told, nothing if any disagrees.
+  std::optional<int> agreement(int base, const ToldBytes& told) const;
 
   std::array<Kept, kSlots> frames_{};
   int shortest_ = kNone;

@@ -121,9 +121,13 @@ void SenderRecord::findBases() {
   const auto syncLength = version5Multicast_.syncLength();
   const auto markerLength = version3Multicast_.syncLength();
   const auto sync1Length = broadcast_.base();
-  version5Multicast_.findBase(version5_, version3_, markerLength ? markerLength : sync1Length);
-  version3Multicast_.findBase(version3_, version5_, syncLength ? syncLength : sync1Length);
-  broadcast_.findBase(version5_, version3_, syncLength ? syncLength : markerLength);
+  const auto header = version5_.fields();
+  const auto fields = header ? header : version3_.fields();
+  const int length5 = fields ? version5Length(*fields) : 0;
+  const int length3 = fields ? version3Length(*fields) : 0;
+  version5Multicast_.findBase(version5_, version3_, markerLength ? markerLength : sync1Length, length5);
+  version3Multicast_.findBase(version3_, version5_, syncLength ? syncLength : sync1Length, length3);
+  broadcast_.findBase(version5_, version3_, syncLength ? syncLength : markerLength, length5);
 }
 
 void SenderRecord::noteOrder(unsigned version5Frames, unsigned version3Frames) {
