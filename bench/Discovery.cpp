@@ -96,7 +96,8 @@ double lostPercent(LineKind kind, std::size_t seconds) {
 Table lossTable(std::size_t seconds) {
   Table table("discovery-loss", "Lines lost at 50,000 a second, default socket buffer");
   const double baseline = lostPercent<BareReceiver>(LineKind::repeat, seconds);
-  for (const auto& [name, kind] : {std::pair{"new", LineKind::fresh}, {"repeated", LineKind::repeat}}) {
+  for (const auto& [name, kind] :
+       {std::pair{"new", LineKind::fresh}, {"repeated", LineKind::repeat}, {"garbage", LineKind::garbage}}) {
     const double lost = lostPercent<Listener>(kind, seconds);
     table.add({{"lines", name},
                {"seconds", seconds},

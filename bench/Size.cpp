@@ -54,6 +54,11 @@ void provision(ZorSuite& suite) {
   waitForSenders();
 }
 
+void provisionVersion3(ZorSuite& suite) {
+  suite.SmartConfigV3_Start(kSsid, kPassPhrase, 500);
+  waitForSenders();
+}
+
 /// The listener has read every kind of line and has reported.
 void listen() {
   Listener listener;
@@ -100,6 +105,7 @@ Table stackTable() {
   Table table("stack",
               "Stack that the workers touch, the C library's part included; baseline: an empty thread");
   addStackRows(table, emptyThread, {"broadcast sender", "multicast sender"}, [&] { provision(suite); });
+  addStackRows(table, emptyThread, {"idle listener", "version 3 sender"}, [&] { provisionVersion3(suite); });
   addStackRows(table, emptyThread, {"listener"}, listen);
   addStackRows(table, emptyThread, {"search"}, [&] { search(suite); });
   addStackRows(table, emptyThread, {"upgrade"}, [&] { upgrade(suite); });

@@ -11,10 +11,11 @@
 namespace zor::bench {
 namespace {
 
-/// Any bytes but NUL, which ends a text.
+/// Any bytes but NUL, which ends a text; or few different ones, which fit in many places.
 std::string randomText(Random& random, std::int64_t longest) {
   std::string text(static_cast<std::size_t>(random.below(longest + 1)), '\0');
-  for (char& c : text) c = static_cast<char>(1 + random.below(255));
+  const bool few = random.below(2) == 1;
+  for (char& c : text) c = static_cast<char>(few ? 'a' + random.below(8) : 1 + random.below(255));
   return text;
 }
 
@@ -31,9 +32,15 @@ const T& oneOf(const std::vector<T>& choices, Random& random) {
   return choices[static_cast<std::size_t>(random.below(static_cast<std::int64_t>(choices.size())))];
 }
 
-/// Most phones keep the default pace.
+/// Most phones keep the default pace, and most the default lengths.
 PhonePlan randomPlan(Random& random) {
-  const Pace pace = random.below(2) == 1 ? kDefaultPace : oneOf(paces(), random).pace;
+  constexpr std::size_t kMulticastLength = 0;
+  constexpr std::size_t kBroadcastLength = 7;
+  Pace pace = random.below(2) == 1 ? kDefaultPace : oneOf(paces(), random).pace;
+  if (random.below(4) == 0) {
+    pace[kMulticastLength] = static_cast<std::uint8_t>(1 + random.below(100));
+    pace[kBroadcastLength] = static_cast<std::uint8_t>(1 + random.below(100));
+  }
   const Channels channels = oneOf(channelChoices(), random).channels;
   return makePlan(randomSecret(random), pace, channels);
 }

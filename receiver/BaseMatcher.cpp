@@ -29,23 +29,21 @@ bool isValue(int offset) {
 }  // namespace
 
 void BaseMatcher::addPair(int length, int nextLength) {
-  if (length <= nextLength || count_ == kMostPairs) return;
+  if (length <= nextLength) return;
   const auto end = pairs_.begin() + static_cast<std::ptrdiff_t>(count_);
   const bool known = std::any_of(pairs_.begin(), end, [=](const Pair& pair) {
     return pair.value == length && pair.position == nextLength;
   });
-  if (!known) pairs_[count_++] = Pair{length, nextLength};
+  if (known) return;
+  pairs_[next_] = Pair{length, nextLength};
+  next_ = (next_ + 1) % kMostPairs;
+  count_ = std::min(count_ + 1, kMostPairs);
 }
 
 std::optional<int> BaseMatcher::match(const ToldBytes& told, std::optional<int> likely,
                                       int packetLength) const {
   if (count_ == 0) return std::nullopt;
-  if (likely) {
-    const Verdict verdict = judge(*likely, told);
-    const bool trusted =
-        verdict.agreed >= kEnoughIfLikely && verdict.agreed >= kAgreedToDisagreedIfLikely * verdict.disagreed;
-    if (verdict.possible && trusted) return likely;
-  }
+  if (likely && isLikelyBase(*likely, told, packetLength)) return likely;
   int shortest = pairs_[0].position;
   for (std::size_t i = 1; i < count_; ++i) shortest = std::min(shortest, pairs_[i].position);
   int best = 0;
@@ -65,6 +63,25 @@ std::optional<int> BaseMatcher::match(const ToldBytes& told, std::optional<int> 
   }
   if (best < kEnough || second >= kTooNear) return std::nullopt;
   return bestBase;
+}
+
+bool BaseMatcher::isLikelyBase(int base, const ToldBytes& told, int packetLength) const {
+  const Verdict verdict = judge(base, told);
+  if (!verdict.possible) return false;
+  if (packetLength != 0 && verdict.lastIndex == packetLength - 1 && verdict.disagreed == 0) return true;
+  return verdict.agreed >= kEnoughIfLikely &&
+         verdict.agreed >= kAgreedToDisagreedIfLikely * verdict.disagreed && !hasRival(base, verdict, told);
+}
+
+bool BaseMatcher::hasRival(int base, const Verdict& verdict, const ToldBytes& told) const {
+  for (int rival = base - wire::kMaxPacketBytes; rival <= base + wire::kMaxPacketBytes; ++rival) {
+    const Verdict other = judge(rival, told);
+    if (rival != base && other.possible && other.agreed >= verdict.agreed &&
+        other.disagreed <= verdict.disagreed) {
+      return true;
+    }
+  }
+  return false;
 }
 
 bool BaseMatcher::confirms(int base, const ToldBytes& told) const {

@@ -25,7 +25,7 @@ class BaseMatcher {
   bool confirms(int base, const ToldBytes& told) const;
 
   bool empty() const { return count_ == 0; }
-  void reset() { count_ = 0; }
+  void reset() { count_ = next_ = 0; }
 
  private:
   struct Pair {
@@ -43,10 +43,13 @@ class BaseMatcher {
     bool possible = true;  ///< No length is one that the base leaves no meaning.
   };
 
+  bool isLikelyBase(int base, const ToldBytes& told, int packetLength) const;
+  bool hasRival(int base, const Verdict& verdict, const ToldBytes& told) const;
   Verdict judge(int base, const ToldBytes& told) const;
 
   std::array<Pair, kMostPairs> pairs_{};
   std::size_t count_ = 0;
+  std::size_t next_ = 0;  // the oldest, once all are used
 };
 
 }  // namespace zor::receiver

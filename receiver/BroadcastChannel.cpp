@@ -33,6 +33,7 @@ void BroadcastChannel::restart() {
   base_.restart();
   matcher_.reset();
   history_.fill(Frame());
+  previous_ = Frame();
   forgetCycle();
 }
 
@@ -42,7 +43,7 @@ void BroadcastChannel::forgetCycle() {
   lastPosition_ = {};
   positionLast_ = false;
   waitingCount_ = 0;
-  run_.begin(std::nullopt);
+  run_.begin(std::nullopt, 0);
   openRuns_.clear();
 }
 
@@ -75,7 +76,7 @@ void BroadcastChannel::findBase(PacketEvidence& evidence, const PacketEvidence& 
 std::optional<int> BroadcastChannel::commonBase(const PendingPairs& multicast) const {
   if (base_.base() || matcher_.empty() || multicast.empty()) return std::nullopt;
   std::optional<int> found;
-  for (int base = multicast.shortest() - wire::kMaxPairs; base <= multicast.shortest(); ++base) {
+  for (int base = multicast.lowestBase(); base <= multicast.shortest(); ++base) {
     const auto told = multicast.bytesIf(base);
     if (!told || !matcher_.confirms(base, *told)) continue;
     if (found) return std::nullopt;
@@ -129,8 +130,8 @@ void BroadcastChannel::noticeBurst(std::int64_t time, PacketEvidence& evidence) 
   lastDecoded_ = time;
 }
 
-void BroadcastChannel::beginTimeless(PacketEvidence& evidence) {
-  evidence.excuseBreaks();
+void BroadcastChannel::beginTimeless(PacketEvidence& evidence) const {
+  evidence.excuseBreaks(clock_);
   evidence.doubtLengthBytes();
 }
 
@@ -138,7 +139,7 @@ void BroadcastChannel::observeSync(int offset, std::int64_t time, PacketEvidence
   positionLast_ = false;
   const int length = evidence.packetLength();
   if (!clock_.steady() && length != 0) endRun(length - 1, time, evidence);
-  run_.begin(-1);
+  run_.begin(-1, time);
 }
 
 void BroadcastChannel::observeValue(std::uint8_t value, std::int64_t time) {
@@ -167,7 +168,7 @@ void BroadcastChannel::observePosition(int index, std::int64_t time, PacketEvide
     if (before.steady() && before.hasOutlier() && fit == CycleClock::Fit::kOnGrid) evidence.noteStrayFrame();
     placeByTime(before, fit, index, evidence);
   }
-  run_.begin(index);
+  run_.begin(index, time);
 }
 
 void BroadcastChannel::placeByTime(const CycleClock& before, CycleClock::Fit fit, int index,
@@ -192,7 +193,7 @@ void BroadcastChannel::placeByTime(const CycleClock& before, CycleClock::Fit fit
 }
 
 void BroadcastChannel::endRun(int lastIndex, std::int64_t time, PacketEvidence& evidence) {
-  if (!run_.end(lastIndex, time, evidence.packetLength())) return;
+  if (!run_.end(lastIndex, time, evidence.packetLength(), clock_.pace())) return;
   if (!run_.place(evidence)) openRuns_.add(run_);
 }
 

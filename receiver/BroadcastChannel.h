@@ -75,7 +75,7 @@ class BroadcastChannel {
   void remember(int length, std::int64_t time);
   void replay(PacketEvidence& evidence);
   void noticeBurst(std::int64_t time, PacketEvidence& evidence);
-  static void beginTimeless(PacketEvidence& evidence);
+  void beginTimeless(PacketEvidence& evidence) const;
   void observeSync(int offset, std::int64_t time, PacketEvidence& evidence);
   void decode(int length, std::int64_t time, PacketEvidence& evidence);
   void observeValue(std::uint8_t value, std::int64_t time);

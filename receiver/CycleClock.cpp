@@ -50,17 +50,19 @@ void CycleClock::restart() {
   measuredPace_ = 0;
   unevenness_ = 0;
   breaks_ = 0;
+  silenceEnd_.reset();
   timeless_ = false;
 }
 
 void CycleClock::noteBurst() {
   streak_ = 0;
-  unevenness_ += kUnevenStep;
+  unevenness_ = std::min(unevenness_ + kUnevenStep, kUnevennessOfBursts);
   timeless_ = timeless_ || unevenness_ >= kUnevennessOfBursts;
 }
 
 void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace) {
   const auto [shorter, longer] = std::minmax(pace, previousPace);
+  if (shorter < 0) return noteBurst();  // time ran back
   const bool uneven = shorter < kLongestBurstPace && longer > kBurstContrast * shorter;
   if (uneven || pace < kShortestPace) {
     noteBurst();
@@ -80,6 +82,7 @@ CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
     beginCycle(index, time);
     return Fit::kStarted;
   }
+  if (elapsed > kLongestSilence) silenceEnd_ = time;
   if (timeless_) return observeTimeless(elapsed, time);
   const bool paceRepeats = measurePace(steps, elapsed);
   if (timeless_) return Fit::kTimeless;
@@ -90,7 +93,7 @@ CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
   }
   if (period_ != 0 && isMultiple(residual, period_)) {
     periodConfirmed_ = true;
-    ++streak_;
+    lengthenStreak();
     beginCycle(index, time);
     return Fit::kNextCycle;
   }
@@ -140,11 +143,12 @@ void CycleClock::beginCycle(int index, std::int64_t time) {
 
 void CycleClock::follow(int index, std::int64_t time, std::int64_t residual) {
   // Frames that do not fit, between frames that do, are the mark of a buffer that releases in bursts.
-  streak_ = challenger_ ? 1 : streak_ + 1;
+  if (challenger_) streak_ = 0;
+  lengthenStreak();
   challenger_.reset();
   const int span = index - cycleFirstIndex_;
   if (span > paceSpan_) {
-    pace_ = (time - cycleFirstTime_) / span;
+    pace_ = std::clamp((time - cycleFirstTime_) / span, kShortestPace, kLongestPace);
     paceSpan_ = span;
   }
   referenceIndex_ = index;
@@ -170,9 +174,14 @@ CycleClock::Fit CycleClock::observeTimeless(std::int64_t elapsed, std::int64_t t
   return Fit::kBroken;
 }
 
+void CycleClock::lengthenStreak() {
+  streak_ = std::min(streak_ + 1, kSteadyStreak);
+}
+
 CycleClock::Fit CycleClock::broken() {
-  timeless_ = ++breaks_ >= kBreaksOfNoTimetable;
-  return timeless_ ? Fit::kTimeless : Fit::kBroken;
+  if (++breaks_ < kBreaksOfNoTimetable) return Fit::kBroken;
+  timeless_ = true;
+  return Fit::kTimeless;
 }
 
 bool CycleClock::measurePace(int steps, std::int64_t elapsed) {

@@ -17,7 +17,7 @@ class CycleClock {
  public:
   enum class Fit {
     kStarted,    ///< First frame: nothing to compare with.
-    kOnGrid,     ///< Where the current cycle puts it.
+    kOnGrid,     ///< Where the current cycle puts it; any place when timeless().
     kNextCycle,  ///< In a later cycle, where the known period puts it.
     kNewCycle,   ///< Second frame of a cycle whose distance from the last one cannot be judged yet.
     kBroken,     ///< Second frame of a cycle that the timetable does not explain.
@@ -59,6 +59,9 @@ class CycleClock {
   /// Time of the first frame of the cycle that observe() last reported as started, new or broken.
   std::int64_t cycleBegin() const { return cycleFirstTime_; }
 
+  /// Time of the latest frame behind a silence longer than any pause of a run.
+  std::optional<std::int64_t> silenceEnd() const { return silenceEnd_; }
+
   std::int64_t pace() const { return pace_; }
 
   /// Forgets the current cycle and the period, keeps the pace.
@@ -82,6 +85,7 @@ class CycleClock {
   Fit observeTimeless(std::int64_t elapsed, std::int64_t time);
   Fit adoptChallenger(int index, std::int64_t time);
   Fit broken();
+  void lengthenStreak();
   bool measurePace(int steps, std::int64_t elapsed);
   void judgeEvenness(std::int64_t pace, std::int64_t previousPace);
   bool adoptPace(int index, std::int64_t time);
@@ -99,6 +103,7 @@ class CycleClock {
   std::optional<Challenger> challenger_;
   std::int64_t measuredPace_ = 0;
   int unevenness_ = 0;
+  std::optional<std::int64_t> silenceEnd_;
   int breaks_ = 0;
   bool timeless_ = false;
   int previousIndex_ = 0;

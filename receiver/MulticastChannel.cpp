@@ -87,7 +87,7 @@ void MulticastChannel::adoptSyncLength(int syncLength, PacketEvidence& evidence)
 void MulticastChannel::noteTimeless(PacketEvidence& evidence) {
   if (clock_.timeless()) return;
   clock_.noteTimeless();
-  evidence.excuseBreaks();
+  evidence.excuseBreaks(clock_);
 }
 
 void MulticastChannel::addPair(const GroupPair& pair, std::int64_t time, PacketEvidence& evidence) const {

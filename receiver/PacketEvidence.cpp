@@ -31,6 +31,7 @@ bool PacketEvidence::takeRestart() {
 
 void PacketEvidence::add(int index, std::uint8_t value, Source source, std::int64_t time) {
   if (index < 0 || index >= wire::kMaxPacketBytes) return;
+  if (restarted_ && source == Source::kLength) return;  // placed by what was known of the run before
   if (source == Source::kGroup) ++certainFrames_;
   if (!known(index)) {
     learn(index, value, source, time);
@@ -115,13 +116,18 @@ void PacketEvidence::noteTimetable(const CycleClock& clock, CycleClock::Fit fit)
       noteBreak(clock.cycleBegin(), RunContinuity::Break::kUnexplained);
       break;
     case CycleClock::Fit::kTimeless:
-      excuseBreaks();
+      excuseBreaks(clock);
       break;
     case CycleClock::Fit::kOnGrid:
     case CycleClock::Fit::kNextCycle:
     case CycleClock::Fit::kOutlier:
       break;
   }
+}
+
+void PacketEvidence::excuseBreaks(const CycleClock& clock) {
+  continuity_.excuseBreaks();
+  if (clock.silenceEnd()) noteBreak(*clock.silenceEnd(), RunContinuity::Break::kUnexplained);
 }
 
 void PacketEvidence::noteChannelBegin(std::int64_t time) {

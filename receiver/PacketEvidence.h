@@ -45,18 +45,24 @@ class PacketEvidence {
   /// A channel's clock has just said this of a frame.
   void noteTimetable(const CycleClock& clock, CycleClock::Fit fit);
 
+  /// Another run may have begun at this time.
   void noteBreak(std::int64_t time, RunContinuity::Break kind) { continuity_.noteBreak(time, kind); }
 
   /// The times by which bytes were placed mean nothing: those whose only source is broadcast lengths are to
   /// be seen anew before they count.
   void doubtLengthBytes();
 
-  /// The times by which breaks were noticed mean nothing.
-  void excuseBreaks() { continuity_.excuseBreaks(); }
+  /// The times by which breaks were noticed mean nothing, but for a silence that the channel's clock has
+  /// noticed.
+  void excuseBreaks(const CycleClock& clock);
+
+  /// True when there is no doubt that all bytes are of one run.
+  bool ofOneRun(RunContinuity::Timetable timetable) const { return continuity_.unbroken(timetable); }
 
   /// Forgets the bytes whose only source is broadcast lengths.
   void dropLengthBytes();
 
+  /// \param index of a byte, here and below: 0 to wire::kMaxPacketBytes - 1.
   bool known(int index) const { return cells_[static_cast<std::size_t>(index)].known; }
   std::uint8_t byte(int index) const { return bytes_[static_cast<std::size_t>(index)]; }
 

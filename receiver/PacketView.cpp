@@ -32,8 +32,8 @@ PacketView::PacketView(Encoding encoding, const PacketEvidence& own, const Packe
     }
   }
   fields_ = readHeader(encoding_, header);
-  linked_ = fields_ && linked(interleaved);
-  if (borrowed && !linked_) fields_.reset();
+  if (fields_) link_ = link(interleaved);
+  if (borrowed && link_ == Link::kNone) fields_.reset();
 }
 
 int PacketView::otherIndex(int index) const {
@@ -45,25 +45,28 @@ bool PacketView::commonToBoth(int index) const {
          index < headerLength(encoding_) + fields_->ssidLength + fields_->passPhraseLength;
 }
 
-bool PacketView::linked(bool interleaved) const {
+PacketView::Link PacketView::link(bool interleaved) const {
   int agreed = 0;
   for (int index = commonBegin(encoding_); commonToBoth(index); ++index) {
     if (!own_->known(index) || !other_->known(otherIndex(index))) continue;
-    if (own_->byte(index) != other_->byte(otherIndex(index))) return false;
+    if (own_->byte(index) != other_->byte(otherIndex(index))) return Link::kNone;
     if (tellsRunsApart(*fields_, index - headerLength(encoding_))) ++agreed;
   }
-  return interleaved || agreed >= kBytesToLink;
+  if (agreed >= kBytesToLink) return Link::kByBytes;
+  return interleaved ? Link::kByOrder : Link::kNone;
 }
 
 std::optional<Credentials> PacketView::read(RunContinuity::Timetable own,
                                             RunContinuity::Timetable other) const {
   if (!fields_) return std::nullopt;
+  const bool ofOneRun = own_->ofOneRun(own) && other_->ofOneRun(other);
+  const bool joined = link_ == Link::kByBytes || (link_ == Link::kByOrder && ofOneRun);
   std::array<std::uint8_t, wire::kMaxPacketBytes> packet{};
   for (int index = 0; index < fields_->packetLength; ++index) {
     const auto slot = static_cast<std::size_t>(index);
     if (own_->firm(index, own)) {
       packet[slot] = own_->byte(index);
-    } else if (linked_ && commonToBoth(index) && other_->firm(otherIndex(index), other)) {
+    } else if (joined && commonToBoth(index) && other_->firm(otherIndex(index), other)) {
       packet[slot] = other_->byte(otherIndex(index));
     } else {
       return std::nullopt;

@@ -28,15 +28,19 @@ class PacketView {
   std::optional<Credentials> read(RunContinuity::Timetable own, RunContinuity::Timetable other) const;
 
  private:
+  /// Why both encodings are taken for one run: bytes of both agree, or frames of one were heard between
+  /// frames of the other, which says nothing once another run may have begun.
+  enum class Link { kNone, kByOrder, kByBytes };
+
   bool commonToBoth(int index) const;
   int otherIndex(int index) const;
-  bool linked(bool interleaved) const;
+  Link link(bool interleaved) const;
 
   Encoding encoding_;
   const PacketEvidence* own_;
   const PacketEvidence* other_;
   std::optional<PacketFields> fields_;
-  bool linked_ = false;
+  Link link_ = Link::kNone;
 };
 
 }  // namespace zor::receiver

@@ -19,7 +19,10 @@ bool isOdd(int index) {
 
 void PendingPairs::keep(const GroupPair& pair, std::int64_t time) {
   Kept& slot = frames_[static_cast<std::size_t>(pair.length) % kSlots];
-  if (slot.used && slot.pair != pair) clear();
+  const bool otherRun = slot.used && slot.pair != pair;
+  const bool tooFar =
+      !empty() && std::max(longest_, pair.length) - std::min(shortest_, pair.length) >= wire::kMaxPairs;
+  if (otherRun || tooFar) clear();
   if (slot.used) {
     slot.lastSeen = time;
   } else {
@@ -64,15 +67,20 @@ std::optional<int> PendingPairs::baseByBytes(const ToldBytes& told, std::optiona
                                              int packetLength) const {
   const bool endsThere = likely && longest_ - *likely == (packetLength - 1) / 2;
   if (packetLength != 0 && endsThere && agreement(*likely, told)) return likely;
-  std::optional<int> found;
-  for (int base = longest_ - wire::kMaxPairs + 1; base <= shortest_; ++base) {
+  int best = 0;
+  int second = 0;
+  int bestBase = 0;
+  for (int base = lowestBase(); base <= shortest_; ++base) {
     const int agreed = agreement(base, told).value_or(0);
-    if (base == likely && agreed >= kBytesToAgreeIfLikely) return base;
-    if (agreed < kBytesToAgree) continue;
-    if (found) return std::nullopt;
-    found = base;
+    second = std::max(second, std::min(agreed, best));
+    if (agreed <= best) continue;
+    best = agreed;
+    bestBase = base;
   }
-  return found;
+  const bool enough = best >= (bestBase == likely ? kBytesToAgreeIfLikely : kBytesToAgree);
+  const bool alone = bestBase == likely ? second < best : second < kBytesToAgree;
+  if (!enough || !alone) return std::nullopt;
+  return bestBase;
 }
 
 std::optional<int> PendingPairs::agreement(int base, const ToldBytes& told) const {

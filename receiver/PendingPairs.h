@@ -7,6 +7,7 @@
 
 #include "receiver/PacketEvidence.h"
 #include "receiver/PacketReader.h"
+#include "receiver/WireConstants.h"
 
 namespace zor::receiver {
 
@@ -41,8 +42,11 @@ class PendingPairs {
   bool empty() const { return shortest_ == kNone; }
   const std::array<Kept, kSlots>& frames() const { return frames_; }
 
-  /// Length of the shortest frame. There must be one.
+  /// Length of the shortest frame, the highest base there can be. There must be a frame.
   int shortest() const { return shortest_; }
+
+  /// The lowest base there can be. There must be a frame.
+  int lowestBase() const { return longest_ - wire::kMaxPairs + 1; }
 
   /// The bytes that the frames tell if this is the base; nothing if it cannot be.
   std::optional<ToldBytes> bytesIf(int base) const;

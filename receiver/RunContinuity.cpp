@@ -27,8 +27,7 @@ void RunContinuity::noteAgreement(std::int64_t firstSeen, std::int64_t time, Agr
 
 bool RunContinuity::current(std::int64_t lastSeen, Timetable timetable) const {
   if (timetable == Timetable::kInterrupted) return false;
-  const bool explained = provisional_ && timetable == Timetable::kExplained;
-  return !open_ || explained || lastSeen >= latest_;
+  return unbroken(timetable) || lastSeen >= latest_;
 }
 
 }  // namespace zor::receiver

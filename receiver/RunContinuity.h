@@ -37,6 +37,11 @@ class RunContinuity {
   /// True when a byte last seen at lastSeen is of the run that is being heard now.
   bool current(std::int64_t lastSeen, Timetable timetable) const;
 
+  /// True when no break is open that the timetable does not explain.
+  bool unbroken(Timetable timetable) const {
+    return !open_ || (provisional_ && timetable == Timetable::kExplained);
+  }
+
   void reset() { *this = RunContinuity(); }
 
  private:

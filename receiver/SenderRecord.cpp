@@ -135,7 +135,8 @@ void SenderRecord::noteOrder(unsigned version5Frames, unsigned version3Frames) {
   if (version5_.certainFrames() != version5Frames) heard = Encoding::kVersion5;
   if (version3_.certainFrames() != version3Frames) heard = Encoding::kVersion3;
   if (!heard) return;
-  if (lastEncoding_ && lastEncoding_ != heard) ++encodingChanges_;
+  if (lastEncoding_ && lastEncoding_ != heard && encodingChanges_ < kChangesOfInterleaving)
+    ++encodingChanges_;
   lastEncoding_ = heard;
 }
 
@@ -147,11 +148,12 @@ std::optional<Credentials> SenderRecord::complete() {
   const PacketFields& known = version5.fields() ? *version5.fields() : *version3.fields();
   const auto timetable5 = version5Timetable(known);
   const auto timetable3 = version3Timetable(known);
-  if (settledVersion5_ == version5_.changes()) return std::nullopt;
-  if (auto credentials = version5.read(timetable5, timetable3)) {
-    settledVersion5_ = version5_.changes();
-    if (!version5.exceeded()) return credentials;
-    version5_.beginAnotherRun();
+  if (settledVersion5_ != version5_.changes()) {
+    if (auto credentials = version5.read(timetable5, timetable3)) {
+      settledVersion5_ = version5_.changes();
+      if (!version5.exceeded()) return credentials;
+      version5_.beginAnotherRun();
+    }
   }
   if (settledVersion3_ == version3_.changes()) return std::nullopt;
   auto credentials = version3.read(timetable3, timetable5);

@@ -5,9 +5,16 @@
 #include "receiver/WireConstants.h"
 
 namespace zor::receiver {
+namespace {
 
-void ValueRun::begin(std::optional<int> after) {
+// Pauses between cycles, and what a buffer may hold a frame, together.
+constexpr std::int64_t kLongestDelay = 400'000;
+
+}  // namespace
+
+void ValueRun::begin(std::optional<int> after, std::int64_t time) {
   after_ = after;
+  begun_ = time;
   told_.fill(false);
   count_ = 0;
 }
@@ -21,14 +28,14 @@ void ValueRun::push(std::uint8_t value) {
   values_[count_++] = value;
 }
 
-bool ValueRun::end(int index, std::int64_t time, int packetLength) {
+bool ValueRun::end(int index, std::int64_t time, int packetLength, std::int64_t pace) {
   if (!after_ || count_ == 0) return false;
   const bool sameCycle = index > *after_;
   if (!sameCycle && packetLength == 0) return false;
   last_ = sameCycle ? index : index + packetLength;
   modulus_ = sameCycle ? wire::kMaxPacketBytes : packetLength;
   time_ = time;
-  return true;
+  return time - begun_ <= (last_ - *after_ + 1) * pace + kLongestDelay;
 }
 
 bool ValueRun::place(PacketEvidence& evidence) {

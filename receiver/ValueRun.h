@@ -15,14 +15,19 @@ namespace zor::receiver {
 class ValueRun {
  public:
   /// \param after index of the position frame before the values, -1 behind a sync frame, nothing if unknown.
-  void begin(std::optional<int> after);
+  /// \param time of that frame.
+  void begin(std::optional<int> after, std::int64_t time);
 
   /// Takes the next value. The same value again is a copy, or makes no difference.
   void push(std::uint8_t value);
 
   /// The position frame behind the values was heard. If its index is not above the one before them, it is of
-  /// the next cycle. \param packetLength 0 if unknown. \return true when there is anything to place.
-  bool end(int index, std::int64_t time, int packetLength);
+  /// the next cycle.
+  /// \param packetLength 0 if unknown.
+  /// \param pace from one byte to the next: in a time in which a cycle may have been lost whole, the order
+  /// proves nothing.
+  /// \return true when there is anything to place.
+  bool end(int index, std::int64_t time, int packetLength, std::int64_t pace);
 
   /// Tells the values that have one place left, once the run has ended; each once.
   /// \return true when there is no more to learn from this run.
@@ -38,6 +43,7 @@ class ValueRun {
   int last_ = 0;     // index of the position frame behind; in the next cycle it counts on
   int modulus_ = 0;  // where the next cycle begins to count
   std::int64_t time_ = 0;
+  std::int64_t begun_ = 0;
   std::array<std::uint8_t, kMostValues> values_{};
   std::array<bool, kMostValues> told_{};
   std::size_t count_ = 0;
