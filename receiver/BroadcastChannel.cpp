@@ -112,7 +112,7 @@ void BroadcastChannel::decode(int length, std::int64_t time, PacketEvidence& evi
   }
   noticeBurst(time, evidence);
   if (offset == wire::kSync1Offset || offset == wire::kSync2Offset || offset == wire::kSync3Offset) {
-    observeSync(offset, time, evidence);
+    observeSync(time, evidence);
   } else if (offset >= wire::kValueOffset) {
     observeValue(static_cast<std::uint8_t>(offset - wire::kValueOffset), time);
   } else {
@@ -135,7 +135,7 @@ void BroadcastChannel::beginTimeless(PacketEvidence& evidence) const {
   evidence.doubtLengthBytes();
 }
 
-void BroadcastChannel::observeSync(int offset, std::int64_t time, PacketEvidence& evidence) {
+void BroadcastChannel::observeSync(std::int64_t time, PacketEvidence& evidence) {
   positionLast_ = false;
   const int length = evidence.packetLength();
   if (!clock_.steady() && length != 0) endRun(length - 1, time, evidence);

@@ -76,7 +76,7 @@ class BroadcastChannel {
   void replay(PacketEvidence& evidence);
   void noticeBurst(std::int64_t time, PacketEvidence& evidence);
   void beginTimeless(PacketEvidence& evidence) const;
-  void observeSync(int offset, std::int64_t time, PacketEvidence& evidence);
+  void observeSync(std::int64_t time, PacketEvidence& evidence);
   void decode(int length, std::int64_t time, PacketEvidence& evidence);
   void observeValue(std::uint8_t value, std::int64_t time);
   void observePosition(int index, std::int64_t time, PacketEvidence& evidence);
