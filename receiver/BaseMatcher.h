@@ -10,10 +10,12 @@ namespace zor::receiver {
 
 /// Finds the length base of a sender's broadcasts without its sync frames, from bytes that its multicast
 /// frames have told: the lengths of a value frame and of the position frame right behind it are put where the
-/// bytes agree. A base is believed when enough bytes agree, none disagrees, and no other base comes near.
+/// bytes agree. A base is believed when enough bytes agree, none disagrees, and no other base comes near. Of
+/// a base that is likely anyway, the same as on another channel, less is asked.
 class BaseMatcher {
  public:
-  /// Takes two frames heard in direct succession. Only a value frame is longer than the frame behind it.
+  /// Takes two frames heard in direct succession, which is all that times tell: in a burst, frames between
+  /// them may have been lost. Only a value frame is longer than the frame behind it.
   void addPair(int length, int nextLength);
 
   /// \param likely the base to expect, if there is one: fewer bytes suffice to confirm it, or that the last
@@ -43,7 +45,9 @@ class BaseMatcher {
     bool possible = true;  ///< No length is one that the base leaves no meaning.
   };
 
+  /// True when a base that is likely anyway is confirmed.
   bool isLikelyBase(int base, const ToldBytes& told, int packetLength) const;
+  /// True when another base fits as well.
   bool hasRival(int base, const Verdict& verdict, const ToldBytes& told) const;
   Verdict judge(int base, const ToldBytes& told) const;
 

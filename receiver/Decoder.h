@@ -32,7 +32,8 @@ using DecoderProgress = std::vector<SenderProgress>;
 ///
 /// Frames of any number of senders may be mixed, lost, repeated and delayed; what is no part of an encoding
 /// is ignored. Credentials are reported only when the packet's CRC holds and the evidence for it is
-/// consistent: a doubtful packet is waited for, never guessed.
+/// consistent: a doubtful packet is waited for, never guessed. Where a buffer takes the frames' times away, a
+/// run that takes the place of another at once is told by bytes that contradict and by the CRC alone.
 ///
 /// Guarantees:
 ///  1. observe() takes bounded time and does not allocate, except for the credentials that it returns.

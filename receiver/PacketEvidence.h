@@ -87,9 +87,6 @@ class PacketEvidence {
   /// True when the byte is known and may be believed, given that the packet's CRC holds.
   bool firm(int index, RunContinuity::Timetable timetable) const;
 
-  /// Highest index of a multicast frame heard, -1 for none.
-  int highestPair() const { return highestPair_; }
-
   /// A frame beyond the packet's last one was heard.
   bool exceeds(int length) const;
 
@@ -124,7 +121,7 @@ class PacketEvidence {
   bool strayFrames_ = false;
   bool disorder_ = false;
   bool restarted_ = false;
-  int highestPair_ = -1;
+  int highestPair_ = -1;  // index of a multicast frame
   int highestPosition_ = -1;
   int contradictions_ = 0;  // in a row
   unsigned certainFrames_ = 0;

@@ -28,7 +28,8 @@ class RunContinuity {
 
   void noteBreak(std::int64_t time, Break kind);
 
-  /// The times by which breaks were noticed have turned out to mean nothing.
+  /// The times by which breaks were noticed have turned out to mean nothing: forgets them, unless a byte has
+  /// contradicted.
   void excuseBreaks();
 
   /// A byte first seen at firstSeen was seen again with its old value.
