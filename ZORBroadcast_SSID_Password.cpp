@@ -10,7 +10,6 @@
 namespace {
 
 constexpr std::int32_t kRunMs = 100'000;
-constexpr std::uint8_t kPortRecordType = 1;
 
 std::string timeOfDay() {
   const std::time_t now = std::time(nullptr);
@@ -19,6 +18,22 @@ std::string timeOfDay() {
   char text[16];
   std::snprintf(text, sizeof text, "%02d:%02d:%02d", local.tm_hour, local.tm_min, local.tm_sec);
   return text;
+}
+
+/// Has the next run name `port` to the module, unless it is the usual one. Without a listener, when `port` is
+/// negative, there is nothing to name and the run starts all the same.
+void appendPort(ZORBroadcast_SSID_Password& wrapper, std::int32_t port) {
+  const std::shared_ptr<ZorSuite> suite = wrapper.myZorSuite();
+  if (port == kZorAnnouncementPort || port < 0) {
+    suite->SmartConfigV5_Append(nullptr, 0);
+    wrapper.LogStr("append = nil");
+    return;
+  }
+  const std::array<std::uint8_t, 3> record = ZorMakePortRecord(port);
+  suite->SmartConfigV5_Append(record.data(), record.size());
+  char text[32];
+  std::snprintf(text, sizeof text, "append(3)= <%02x%02x%02x>", record[0], record[1], record[2]);
+  wrapper.LogStr(text);
 }
 
 }  // namespace
@@ -31,27 +46,11 @@ void ZORBroadcast_SSID_Password::startBroadcast_SSID(std::string_view SSID, std:
   try {
     _myZorSuite = std::make_shared<ZorSuite>();
   } catch (const std::exception&) {
-    return;  // Without memory nothing starts, and the run before goes on.
+    return;  // Without memory nothing starts, and the run before continues.
   }
-  appendPort(_myZorSuite->SmartConfigOnlineListen(0));
+  appendPort(*this, _myZorSuite->SmartConfigOnlineListen(0));
   LogStr("SmartConfig v5 start...");
   _myZorSuite->SmartConfigV5_Start(SSID, Password, kRunMs);
-}
-
-/// Tells the module in the run that follows where to announce itself, if that is not the usual port.
-/// Without a listener there is no port to tell; the run goes on all the same.
-void ZORBroadcast_SSID_Password::appendPort(std::int32_t port) {
-  if (port == kZorAnnouncementPort || port < 0) {
-    _myZorSuite->SmartConfigV5_Append(nullptr, 0);
-    LogStr("append = nil");
-    return;
-  }
-  const std::array<std::uint8_t, 3> record{kPortRecordType, static_cast<std::uint8_t>(port % 256),
-                                           static_cast<std::uint8_t>(port / 256)};
-  _myZorSuite->SmartConfigV5_Append(record.data(), record.size());
-  char text[32];
-  std::snprintf(text, sizeof text, "append(3)= <%02x%02x%02x>", record[0], record[1], record[2]);
-  LogStr(text);
 }
 
 void ZORBroadcast_SSID_Password::stopBroadcast() {

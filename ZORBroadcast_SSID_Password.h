@@ -9,15 +9,15 @@
 /// configuration for 100 seconds. Call it from the application's thread.
 class ZOR_API ZORBroadcast_SSID_Password {
  public:
-  ZORBroadcast_SSID_Password();
-  virtual ~ZORBroadcast_SSID_Password();
+  ZORBroadcast_SSID_Password();           ///< Starts nothing.
+  virtual ~ZORBroadcast_SSID_Password();  ///< Ends nothing: a run continues.
   ZORBroadcast_SSID_Password(const ZORBroadcast_SSID_Password&) = delete;
   ZORBroadcast_SSID_Password& operator=(const ZORBroadcast_SSID_Password&) = delete;
 
   /// Starts a run on a new suite, in place of the one before. If port 25010 is taken, the next free
-  /// port is used and the module is told it in three bytes of application data; with no port to be
-  /// had, the run goes on and nobody listens. To hear of the
-  /// module, set a delegate on `myZorSuite` after this call. Blocks as the suite's starts do.
+  /// port is used and named to the module in three bytes of application data; when no port is free,
+  /// the run starts all the same and nothing listens. To hear of the module, set a delegate on
+  /// `myZorSuite` after this call. Blocks as the suite's starts do.
   void startBroadcast_SSID(std::string_view SSID, std::string_view Password);
 
   /// Stops the run and the listener, without waiting; logs "SmartConfig v5 stop...".
@@ -27,12 +27,12 @@ class ZOR_API ZORBroadcast_SSID_Password {
   /// application that wants to see the lines of a start overrides this.
   virtual void LogStr(std::string_view text);
 
-  /// The suite of the latest start, or null.
+  /// Returns the suite of the latest start, or what was set since, or null.
   std::shared_ptr<ZorSuite> myZorSuite() const;
+
+  /// Replaces the suite that `stopBroadcast` stops; null for none. The next start replaces it again.
   void setMyZorSuite(std::shared_ptr<ZorSuite> suite);
 
  private:
-  void appendPort(std::int32_t port);
-
-  std::shared_ptr<ZorSuite> _myZorSuite;
+  std::shared_ptr<ZorSuite> _myZorSuite;  ///< Null before the first start.
 };

@@ -1,4 +1,5 @@
-// How long a stop takes: from SmartConfigStop until the handles of both senders and the listener are empty.
+// Measures how long a stop takes, from SmartConfigStop until the handles of the workers are empty, and how
+// long a start takes that replaces a worker.
 
 #include <unistd.h>
 
@@ -16,25 +17,25 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kLongestPhaseUs = 30'000;  // One interval of the multicast channel.
+constexpr int kMaxPhaseUs = 30'000;  // One interval of the multicast channel.
 
 struct StopTimes {
   std::vector<double> sendersMs;
   std::vector<double> allMs;
 };
 
-double passedMs(Clock::time_point since) {
-  return std::chrono::duration<double, std::milli>(Clock::now() - since).count();
+double millisecondsSince(Clock::time_point start) {
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
-/// Runs for a random time, so that the stop meets every phase of the waits.
+/// Lets a run last for a random time, so that stops fall into every phase of its waits.
 class RandomPhase {
  public:
   void sleep() { usleep(static_cast<useconds_t>(phase_(random_))); }
 
  private:
   std::mt19937 random_{1};
-  std::uniform_int_distribution<int> phase_{0, kLongestPhaseUs};
+  std::uniform_int_distribution<int> phase_{0, kMaxPhaseUs};
 };
 
 StopTimes measureLibrary(int runs) {
@@ -48,9 +49,30 @@ StopTimes measureLibrary(int runs) {
     const Clock::time_point stop = Clock::now();
     suite.SmartConfigStop();
     waitForSenders();
-    times.sendersMs.push_back(passedMs(stop));
+    times.sendersMs.push_back(millisecondsSince(stop));
     s_threadSmartOnlineListen.waitUntilEmpty();
-    times.allMs.push_back(passedMs(stop));
+    times.allMs.push_back(millisecondsSince(stop));
+  }
+  return times;
+}
+
+/// Times a start that takes the place of a worker of its kind, which has run for a random time.
+template <class Start>
+std::vector<double> measureReplacement(int runs, Start start) {
+  std::vector<double> times;
+  RandomPhase phase;
+  start();
+  for (int run = 0; run < runs; ++run) {
+    phase.sleep();
+    const Clock::time_point before = Clock::now();
+    start();
+    times.push_back(millisecondsSince(before));
+  }
+  ZorSuite().SmartConfigStop();
+  s_threadDeviceSearch.cancel();
+  for (ZorWorkerHandle* handle :
+       {&s_threadSmartConfigMc, &s_threadSmartConfigBc, &s_threadSmartOnlineListen, &s_threadDeviceSearch}) {
+    handle->waitUntilEmpty();
   }
   return times;
 }
@@ -58,7 +80,7 @@ StopTimes measureLibrary(int runs) {
 StopTimes measureBaseline(int runs) {
   StopTimes times;
   RandomPhase phase;
-  const RunInputs inputs = sampleInputs();
+  const SenderInputs inputs = sampleInputs();
   for (int run = 0; run < runs; ++run) {
     ReceiveLoop listener(kZorAnnouncementPort);
     CountedSleepRun senders(inputs);
@@ -67,15 +89,15 @@ StopTimes measureBaseline(int runs) {
     senders.cancel();
     listener.cancel();
     while (senders.sendersRunning()) usleep(1000);
-    times.sendersMs.push_back(passedMs(stop));
+    times.sendersMs.push_back(millisecondsSince(stop));
     while (listener.running()) usleep(1000);
-    times.allMs.push_back(passedMs(stop));
+    times.allMs.push_back(millisecondsSince(stop));
   }
   return times;
 }
 
-Row makeRow(const char* what, const std::vector<double>& times, const std::vector<double>& baseline) {
-  return {{"until empty", what},
+Row makeRow(const char* workers, const std::vector<double>& times, const std::vector<double>& baseline) {
+  return {{"workers", workers},
           {"runs", times.size()},
           {"median ms", median(times)},
           {"p99 ms", percentile(times, 0.99)},
@@ -90,16 +112,27 @@ Row makeRow(const char* what, const std::vector<double>& times, const std::vecto
 
 void runBenchmark(Program& program) {
   int runs = 1000;
-  program.options().add_option("--runs", runs, "Number of runs, stopped in random phases");
+  program.options().add_option("--runs", runs, "Number of runs, each stopped after a random time");
   program.parse("Time from SmartConfigStop until the workers' handles are empty");
   Program::prepareToSend();
 
   const StopTimes library = measureLibrary(runs);
   const StopTimes baseline = measureBaseline(runs);
   Table table("cancel",
-              "Stop of a version 5 run; baseline: counted 1 ms sleeps, handles polled every 1000 us");
+              "Time to stop a version 5 run; baseline: counted 1 ms sleeps, handles polled every 1000 us");
   table.add(makeRow("both senders", library.sendersMs, baseline.sendersMs));
   table.add(makeRow("senders and listener", library.allMs, baseline.allMs));
+  ZorSuite suite;
+  suite.DeviceSearchSetProperty(1000, INT32_MAX);
+  const auto addReplacement = [&](const char* start, const std::vector<double>& times) {
+    table.add(makeRow(start, times, baseline.allMs));
+  };
+  addReplacement("replaced by SmartConfigV5_Start", measureReplacement(runs, [&] { startSenders(suite); }));
+  addReplacement("replaced by SmartConfigV3_Start",
+                 measureReplacement(runs, [&] { suite.SmartConfigV3_Start("home", "secret", 100'000); }));
+  addReplacement("replaced by SmartConfigOnlineListen",
+                 measureReplacement(runs, [&] { suite.SmartConfigOnlineListen(kZorAnnouncementPort); }));
+  addReplacement("replaced by DeviceSearch", measureReplacement(runs, [&] { suite.DeviceSearch(); }));
   program.print(table);
 }
 

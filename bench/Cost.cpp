@@ -1,4 +1,4 @@
-// What the library's threads cost a phone: CPU time and wake-ups, as the kernel counts them per thread.
+// Measures what the library's threads cost a phone: CPU time and wake-ups, as counted by the kernel.
 
 #include <chrono>
 #include <thread>
@@ -18,7 +18,7 @@ void sleepFor(double seconds) {
   std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
 }
 
-/// What `threads` cost in the next `seconds`.
+/// Returns what `threads` cost in the next `seconds`.
 ThreadUse useDuring(const ThreadIds& threads, double seconds) {
   const ThreadUse before = useOf(threads);
   sleepFor(seconds);
@@ -93,11 +93,11 @@ ThreadUse measureUpgrade(double seconds) {
   return use;
 }
 
-Row makeRow(const char* what, const ThreadUse& use, const ThreadUse& baseline, double seconds) {
+Row makeRow(const char* activity, const ThreadUse& use, const ThreadUse& baseline, double seconds) {
   const double perMinute = 60 / seconds;
   const auto wakeUps = static_cast<double>(use.wakeUps);
   const auto baselineWakeUps = static_cast<double>(baseline.wakeUps);
-  return {{"activity", what},
+  return {{"activity", activity},
           {"measured s", seconds},
           {"CPU ms/min", use.cpuMs * perMinute},
           {"wake-ups/min", wakeUps * perMinute},
@@ -118,9 +118,9 @@ void runBenchmark(Program& program) {
   const ThreadUse sleeps = measureCountedSleeps(seconds);
   const ThreadUse receives = measureReceiveLoop(seconds);
   const RunUse provisioning = measureRun(seconds);
-  Table table(
-      "cost",
-      "Cost of the threads; baseline of the senders: counted 1 ms sleeps, of the rest: bare 10 ms receives");
+  Table table("cost",
+              "Cost of the threads; baseline of the senders: counted 1 ms sleeps, of the others: a loop of "
+              "10 ms receives");
   table.add(makeRow("version 5 run: both senders", provisioning.senders, sleeps, seconds));
   table.add(makeRow("version 5 run: listener", provisioning.listener, receives, seconds));
   table.add(makeRow("idle listener", measureIdleListener(seconds), receives, seconds));

@@ -1,5 +1,5 @@
-// What the listener for announcements takes: lines per second, lines lost under load, the time until the
-// delegate hears, the cost of a full table, and the heap allocations of lines that it drops.
+// Measures the listener for announcements: lines per second, lines lost under load, the time until the
+// delegate is called, the cost of a full table, and the heap allocations of lines that it drops.
 
 #include <condition_variable>
 #include <cstdlib>
@@ -20,8 +20,8 @@ namespace {
   std::exit(1);
 }
 
-double secondsSince(Clock::time_point begin) {
-  return std::chrono::duration<double>(Clock::now() - begin).count();
+double secondsSince(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
 struct Throughput {
@@ -29,28 +29,28 @@ struct Throughput {
   double cpuUsPerLine = 0;
 };
 
-/// Of the listener, or of the bare loop: either has a load and threads.
+/// Measures a `Listener` or a `BareReceiver`: both have a load and threads.
 template <class Receiver>
 Throughput measureThroughput(Receiver& receiver, LineKind kind, std::size_t lines) {
   const ThreadUse before = useOf(receiver.threads);
-  const Clock::time_point begin = Clock::now();
+  const Clock::time_point start = Clock::now();
   receiver.load->sendAll(kind, lines);
-  const double seconds = secondsSince(begin);
+  const double seconds = secondsSince(start);
   const ThreadUse use = useOf(receiver.threads) - before;
   const auto count = static_cast<double>(lines);
   return {count / seconds, use.cpuMs * 1000 / count};
 }
 
-/// New modules, each of which the delegate hears. So few are under way that no buffer is ever full.
+/// Measures new modules, each of which is reported to the delegate. No buffer fills up: few are pending.
 Throughput measureReports(std::size_t lines) {
-  constexpr std::size_t kMostUnderWay = 128;
+  constexpr std::size_t kMaxPending = 128;
   Listener listener;
   const auto delegate = std::make_shared<CountingDelegate>();
   listener.suite.setDelegate(delegate);
   const ThreadUse before = useOf(listener.threads);
-  const Clock::time_point begin = Clock::now();
-  for (std::size_t sent = 0; delegate->heard < lines;) {
-    if (sent < lines && sent - delegate->heard < kMostUnderWay) {
+  const Clock::time_point start = Clock::now();
+  for (std::size_t sent = 0; delegate->reported < lines;) {
+    if (sent < lines && sent - delegate->reported < kMaxPending) {
       listener.load->send(LineKind::fresh, LineLoad::kBatch);
       sent += LineLoad::kBatch;
     } else if (ZorRunMainQueue(1000) == 0) {
@@ -58,8 +58,8 @@ Throughput measureReports(std::size_t lines) {
     }
   }
   const ThreadUse use = useOf(listener.threads) - before;
-  const auto count = static_cast<double>(delegate->heard);
-  return {count / secondsSince(begin), use.cpuMs * 1000 / count};
+  const auto count = static_cast<double>(delegate->reported);
+  return {count / secondsSince(start), use.cpuMs * 1000 / count};
 }
 
 Table throughputTable(std::size_t lines) {
@@ -68,8 +68,8 @@ Table throughputTable(std::size_t lines) {
   BareReceiver bare;
   const Throughput baseline = measureThroughput(bare, LineKind::garbage, lines);
   bare.loop.reset();
-  const auto add = [&](const char* what, const Throughput& measured) {
-    table.add({{"lines", what},
+  const auto add = [&](const char* kind, const Throughput& measured) {
+    table.add({{"lines", kind},
                {"lines/s", measured.linesPerSecond},
                {"CPU us/line", measured.cpuUsPerLine},
                {"baseline lines/s", baseline.linesPerSecond},
@@ -94,7 +94,7 @@ double lostPercent(LineKind kind, std::size_t seconds) {
 }
 
 Table lossTable(std::size_t seconds) {
-  Table table("discovery-loss", "Lines lost at 50,000 a second, default socket buffer");
+  Table table("discovery-loss", "Lines lost at 50,000 lines per second, default socket buffer");
   const double baseline = lostPercent<BareReceiver>(LineKind::repeat, seconds);
   for (const auto& [name, kind] :
        {std::pair{"new", LineKind::fresh}, {"repeated", LineKind::repeat}, {"garbage", LineKind::garbage}}) {
@@ -103,7 +103,7 @@ Table lossTable(std::size_t seconds) {
                {"seconds", seconds},
                {"lost %", lost},
                {"baseline lost %", baseline},
-               {"taken to baseline", ratio(100 - lost, 100 - baseline)}});
+               {"received to baseline", ratio(100 - lost, 100 - baseline)}});
   }
   return table;
 }
@@ -119,26 +119,26 @@ std::vector<double> listenerLatencies(int lines) {
   std::vector<double> latencies;
   for (int line = 0; line < lines; ++line) {
     const Clock::time_point sent = Clock::now();
-    const std::size_t heard = delegate->heard;
+    const std::size_t reported = delegate->reported;
     listener.load->send(LineKind::fresh, 1);
-    while (delegate->heard == heard) ZorRunMainQueue(10);
+    while (delegate->reported == reported) ZorRunMainQueue(10);
     latencies.push_back(microseconds(delegate->latest - sent));
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return latencies;
 }
 
-/// The least that it takes: a thread in a blocking receive that wakes another through a condition.
+/// The baseline: a thread that blocks in a receive and wakes another one through a condition variable.
 std::vector<double> bareLatencies(int lines) {
-  const std::int32_t descriptor = ZorUdpInit(kListenPort);
-  LineLoad load(descriptor, kListenPort);
+  const std::int32_t descriptor = ZorUdpInit(kZorAnnouncementPort);
+  LineLoad load(descriptor, kZorAnnouncementPort);
   std::mutex mutex;
   std::condition_variable arrived;
   int count = 0;
   std::thread receiver([&] {
-    char line[1025];
+    char line[kMaxLineLength + 1];
     for (int received = 0; received < lines;) {
-      if (ZorUdpRecvData(descriptor, line, 1024, nullptr, nullptr) <= 0) continue;
+      if (ZorUdpRecvData(descriptor, line, kMaxLineLength, nullptr, nullptr) <= 0) continue;
       const std::lock_guard lock(mutex);
       count = ++received;
       arrived.notify_one();
@@ -163,7 +163,7 @@ Table latencyTable(int lines) {
   const std::vector<double> library = listenerLatencies(lines);
   const std::vector<double> bare = bareLatencies(lines);
   Table table("discovery-latency",
-              "From a datagram's send to the delegate; baseline: a bare receive and a wake-up");
+              "Time from a datagram's send to the delegate; baseline: a receive and a wake-up");
   for (const auto& [name, share] : {std::pair{"median", 0.5}, {"p99", 0.99}}) {
     table.add({{"of " + std::to_string(lines) + " lines", name},
                {"latency us", percentile(library, share)},
@@ -173,24 +173,26 @@ Table latencyTable(int lines) {
   return table;
 }
 
-/// Nanoseconds for a repeated line when the table holds `known` modules and this one is the last of them.
+/// Returns the nanoseconds for a repeated line when the table holds `known` modules, its own as the last.
 double repeatNs(int known) {
   constexpr int kRepeats = 200'000;
-  ModuleReporter reporter(kNotificationTag, nullptr, &ZorSuiteDelegate::onSmartFound);
-  const auto judge = [&reporter](int id) {
-    const int length = std::snprintf(reporter.line(), kLongestLine,
-                                     "xcmd_notify:1:mac=%08x,ver=1.0,cap=0x1,name=module,\r\n", id);
-    reporter.judge(length);
+  LineCounters counters;
+  ModuleReporter reporter(kNotificationTag, nullptr, &ZorSuiteDelegate::onSmartFound, counters);
+  const auto announce = [&reporter](int id) {
+    char line[kMaxLineLength + 1];
+    const int length =
+        std::snprintf(line, sizeof line, "xcmd_notify:1:mac=%08x,ver=1.0,cap=0x1,name=module,\r\n", id);
+    reporter.take(line, length, "10.77.0.2");
   };
-  for (int id = 1; id <= known; ++id) judge(id);
-  const Clock::time_point begin = Clock::now();
-  for (int repeat = 0; repeat < kRepeats; ++repeat) judge(known);
-  return secondsSince(begin) * 1e9 / kRepeats;
+  for (int id = 1; id <= known; ++id) announce(id);
+  const Clock::time_point start = Clock::now();
+  for (int repeat = 0; repeat < kRepeats; ++repeat) announce(known);
+  return secondsSince(start) * 1e9 / kRepeats;
 }
 
 Table recordTable() {
   const double one = repeatNs(1);
-  Table table("discovery-table", "Reading and judging a repeated line; baseline: one known module");
+  Table table("discovery-table", "Time to read and drop a repeated line; baseline: one known module");
   for (const int known : {1, 10, 100}) {
     const double ns = known == 1 ? one : repeatNs(known);
     table.add({{"known modules", known}, {"ns/line", ns}, {"to baseline", ratio(ns, one)}});
@@ -198,7 +200,7 @@ Table recordTable() {
   return table;
 }
 
-/// Heap allocations, of any thread, for each line.
+/// Returns the heap allocations of all threads per line.
 double allocationsPerLine(Listener& listener, LineKind kind, std::size_t lines) {
   listener.load->sendAll(LineKind::repeat, 1);
   const std::int64_t before = allocationCount();
@@ -213,7 +215,7 @@ Table allocationTable(std::size_t lines) {
   listener.suite.setDelegate(std::make_shared<CountingDelegate>());
   const double reported = allocationsPerLine(listener, LineKind::fresh, 512);
   while (ZorRunMainQueue(10) > 0) continue;
-  Table table("discovery-allocations", "Heap allocations of a line; baseline: a new module that is reported");
+  Table table("discovery-allocations", "Heap allocations per line; baseline: a new module that is reported");
   for (const auto& [name, count] :
        {std::pair{"garbage", garbage}, {"repeated", repeated}, {"reported", reported}}) {
     table.add({{"lines", name}, {"allocations/line", count}, {"to baseline", ratio(count, reported)}});
@@ -228,8 +230,8 @@ void runBenchmark(Program& program) {
   std::size_t seconds = 3;
   int latencies = 1000;
   program.options().add_option("--lines", lines, "Lines of each load");
-  program.options().add_option("--seconds", seconds, "Length of each load of 50,000 lines a second");
-  program.options().add_option("--latencies", latencies, "Lines whose way to the delegate is timed");
+  program.options().add_option("--seconds", seconds, "Length of each load of 50,000 lines per second");
+  program.options().add_option("--latencies", latencies, "Lines whose time to the delegate is measured");
   program.parse("The listener for announcements under load");
   Program::prepareToSend();
 

@@ -1,6 +1,6 @@
-// What the named paces buy, in virtual time, and what they cost the channel.
+// Measures how fast the named paces provision, in virtual time, and how much of the channel they take.
 
-#include "bench/simulator/Cases.h"
+#include "bench/support/Cases.h"
 #include "bench/support/Program.h"
 #include "bench/support/Statistics.h"
 
@@ -13,11 +13,11 @@ struct Sent {
   NamedChannels choice;
 };
 
-/// Both channels through every kind of air; each alone, as some access points pass on only one, through one.
+/// Both channels through every kind of air, and each by itself, because some access points pass on only one.
 std::vector<Sent> makeCases() {
   std::vector<Sent> cases;
   for (const NamedSecret& packet : secrets()) {
-    for (const NamedRadio& air : radios()) cases.push_back({packet, air, {"both", Channels()}});
+    for (const NamedRadio& air : radios()) cases.push_back({packet, air, {"both", simulator::Channels()}});
     cases.push_back({packet, radios().front(), {"multicast", {true, false, false}}});
     cases.push_back({packet, radios().front(), {"broadcast", {false, true, false}}});
   }
@@ -26,10 +26,11 @@ std::vector<Sent> makeCases() {
 
 void addRows(Table& table, const Sent& sent, int loss, int runs) {
   Summary baseline;
-  for (const NamedPace& pace : paces()) {
-    const PhonePlan phone = makePlan(sent.packet.secret, pace.pace, sent.choice.channels);
-    const Summary summary = summarize(runTrials({{&phone}, withLoss(sent.air.radio, loss)}, runs));
-    if (pace.pace == kDefaultPace) baseline = summary;
+  for (const ZorPace& pace : kZorPaces) {
+    const simulator::PhonePlan phone =
+        simulator::makePlan(sent.packet.secret, pace.values, sent.choice.channels);
+    const Summary summary = summarize(simulator::runTrials({{&phone}, withLoss(sent.air.radio, loss)}, runs));
+    if (pace.values == kDefaultPace) baseline = summary;
     table.add({{"packet", sent.packet.name},
                {"losses", sent.air.name},
                {"sent", sent.choice.name},
@@ -48,7 +49,7 @@ void addRows(Table& table, const Sent& sent, int loss, int runs) {
 void runBenchmark(Program& program) {
   int runs = 200;
   program.options().add_option("--runs", runs, "Runs of each case");
-  program.parse("Simulated time to provision with the paces default, fast and robust");
+  program.parse("Simulated time to provision with each named pace");
 
   Table table("paces", "Time to provision with the named paces");
   for (const Sent& sent : makeCases()) {

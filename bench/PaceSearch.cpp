@@ -1,19 +1,26 @@
-// Looks for pacing that provisions sooner than a given one, in virtual time: changes one value after the
-// other as long as that helps, within limits for the shortest interval and for the time on the air.
+// Searches for pacing that provisions faster than the default, in virtual time: varies one value after the
+// other and keeps what helps, within limits for the intervals and for the time on the air.
 
 #include <cmath>
 #include <iostream>
 
-#include "bench/simulator/Cases.h"
+#include "bench/support/Cases.h"
 #include "bench/support/Program.h"
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
 namespace {
 
+using simulator::Channels;
+using simulator::makePlan;
+using simulator::Pace;
+using simulator::PhonePlan;
+using simulator::RadioConditions;
+using simulator::Secret;
+
 struct Limits {
-  int shortestInterval = 8;
-  double mostAirTime = 0.5;
+  int minInterval = 8;
+  double maxAirTime = 0.5;
 };
 
 struct Case {
@@ -22,8 +29,8 @@ struct Case {
   RadioConditions radio;
 };
 
-/// What a pace must be good at: both channels through every kind of air, and each channel alone, because some
-/// access points pass on only one of them.
+/// What a pace is scored by: both channels through every kind of air, and each channel by itself, because
+/// some access points pass on only one.
 std::vector<Case> makeCases(const std::vector<int>& lossPercents) {
   std::vector<Case> cases;
   for (const NamedSecret& packet : secrets()) {
@@ -38,17 +45,17 @@ std::vector<Case> makeCases(const std::vector<int>& lossPercents) {
   return cases;
 }
 
-/// 95th percentiles in seconds, one for each case.
+/// Returns the 95th percentiles of the cases, seconds.
 std::vector<double> measure(const Pace& pace, const std::vector<Case>& cases, int runs) {
   std::vector<double> seconds;
   for (const Case& one : cases) {
     const PhonePlan phone = makePlan(*one.secret, pace, one.channels);
-    seconds.push_back(summarize(runTrials({{&phone}, one.radio}, runs)).p95);
+    seconds.push_back(summarize(simulator::runTrials({{&phone}, one.radio}, runs)).p95);
   }
   return seconds;
 }
 
-/// Geometric mean of the times' ratios.
+/// Returns the geometric mean of the ratios of the times.
 double score(const std::vector<double>& seconds, const std::vector<double>& baseline) {
   double sum = 0;
   for (std::size_t i = 0; i < seconds.size(); ++i) sum += std::log(seconds[i] / baseline[i]);
@@ -59,7 +66,7 @@ double airTime(const Pace& pace) {
   return makePlan(secrets().front().secret, pace, Channels()).airTimeShare();
 }
 
-/// The values that are tried for each place of a pace; none for places that stay.
+/// Returns the values to try for a place of a pace; none for a place that stays as it is.
 std::vector<int> choicesFor(std::size_t place, const Limits& limits) {
   const bool interval = place == 1 || place == 8;
   const bool loopInterval = place == 2 || place == 9;
@@ -68,7 +75,7 @@ std::vector<int> choicesFor(std::size_t place, const Limits& limits) {
   if (interval) choices = {4, 5, 6, 8, 9, 10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 25, 28, 30, 35, 40, 50};
   if (loopInterval) choices = {0, 5, 10, 15, 20, 30, 40, 60, 80, 100};
   if (repeats) choices = {1, 2, 3};
-  if (interval) std::erase_if(choices, [&](int value) { return value < limits.shortestInterval; });
+  if (interval) std::erase_if(choices, [&](int value) { return value < limits.minInterval; });
   return choices;
 }
 
@@ -85,26 +92,25 @@ void runBenchmark(Program& program) {
   std::vector<int> lossPercents = {30};
   int runs = 200;
   int sweeps = 2;
-  program.options().add_option("--shortest-interval", limits.shortestInterval,
-                               "Least wait after a datagram, ms");
-  program.options().add_option("--most-air-time", limits.mostAirTime,
-                               "Most time on the air, share at 1 Mbit/s");
-  program.options().add_option("--loss", lossPercents, "Losses to be good at, per cent");
+  program.options().add_option("--min-interval", limits.minInterval, "Shortest wait after a datagram, ms");
+  program.options().add_option("--max-air-time", limits.maxAirTime,
+                               "Largest share of the air time at 1 Mbit/s, 0 to 1");
+  program.options().add_option("--loss", lossPercents, "Losses to score, per cent");
   program.options().add_option("--runs", runs, "Runs of each case");
-  program.options().add_option("--sweeps", sweeps, "How often each value is varied");
-  program.parse("Search for pacing values, scored by 95th percentiles against the default pace");
+  program.options().add_option("--sweeps", sweeps, "How many times each value is varied");
+  program.parse("Search for pacing values, scored by 95th percentiles relative to the default pace");
 
   const std::vector<Case> cases = makeCases(lossPercents);
   const std::vector<double> baseline = measure(kDefaultPace, cases, runs);
   Pace best = kDefaultPace;
   double bestScore = 1;
-  Table table("pace-search", "Steps of the search; score: 95th percentiles to those of the default pace");
+  Table table("pace-search", "Steps of the search; score: 95th percentiles relative to the default pace");
   for (std::size_t step = 0; step < static_cast<std::size_t>(sweeps) * best.size(); ++step) {
     const std::size_t place = step % best.size();
     Pace tried = best;
     for (const int value : choicesFor(place, limits)) {
       tried[place] = static_cast<std::uint8_t>(value);
-      if (tried == best || airTime(tried) > limits.mostAirTime) continue;
+      if (tried == best || airTime(tried) > limits.maxAirTime) continue;
       const double result = score(measure(tried, cases, runs), baseline);
       if (result >= bestScore) continue;
       bestScore = result;

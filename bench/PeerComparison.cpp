@@ -1,7 +1,7 @@
-// How long a module waits with this library and with other published ways to provision, in virtual time.
+// Compares how long a module waits with this library and with its common peers, in virtual time.
 
-#include "bench/simulator/Cases.h"
-#include "bench/simulator/Peers.h"
+#include "bench/support/Cases.h"
+#include "bench/support/Peers.h"
 #include "bench/support/Program.h"
 #include "bench/support/Statistics.h"
 
@@ -10,9 +10,10 @@ namespace {
 
 struct NamedListens {
   const char* name;
-  Listens listens;
+  simulator::Listens listens;
 };
-constexpr NamedListens kListens[] = {{"any time", Listens::anyTime}, {"from begin", Listens::fromBegin}};
+constexpr NamedListens kListens[] = {{"any time", simulator::Listens::anyTime},
+                                     {"from start", simulator::Listens::fromStart}};
 
 struct NamedPeer {
   const char* name;
@@ -21,15 +22,16 @@ struct NamedPeer {
 constexpr NamedPeer kPeers[] = {
     {"P1", Peer::guidedCodes}, {"P2", Peer::blocksOfRows}, {"P3", Peer::wholeGroups}};
 
-Row makeRow(const PhonePlan& phone, const NamedRadio& air, int loss, const NamedListens& listens, int runs) {
-  const RadioConditions radio = withLoss(air.radio, loss);
-  const Summary own = summarize(runTrials({{&phone}, radio, listens.listens}, runs));
+Row makeRow(const simulator::PhonePlan& phone, const NamedRadio& air, int loss, const NamedListens& listens,
+            int runs) {
+  const simulator::RadioConditions radio = withLoss(air.radio, loss);
+  const Summary own = summarize(simulator::runTrials({{&phone}, radio, listens.listens}, runs));
   Row row = {{"losses", air.name},
              {"listens", listens.name},
              {"loss %", loss},
              {"default", own.median},
              {"default p95", own.p95}};
-  double best = kGiveUpSeconds;
+  double best = simulator::kGiveUpSeconds;
   for (const NamedPeer& peer : kPeers) {
     const std::vector<double> seconds = runPeers(peer.peer, radio, listens.listens, runs);
     best = std::min(best, median(seconds));
@@ -45,9 +47,10 @@ Row makeRow(const PhonePlan& phone, const NamedRadio& air, int loss, const Named
 void runBenchmark(Program& program) {
   int runs = 500;
   program.options().add_option("--runs", runs, "Runs of each case");
-  program.parse("Simulated time to provision, default pacing, against models of common peers");
+  program.parse("Simulated time to provision, default pacing, compared with models of common peers");
 
-  const PhonePlan phone = makePlan(secrets().front().secret, kDefaultPace, Channels());
+  const simulator::PhonePlan phone =
+      simulator::makePlan(secrets().front().secret, kDefaultPace, simulator::Channels());
   Table table("peers",
               "Time to provision " + secrets().front().name + ", median and 95th percentile, seconds");
   for (const NamedListens& listens : kListens) {

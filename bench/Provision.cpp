@@ -1,12 +1,16 @@
-// How long a module waits for its credentials, in virtual time: the library's schedules, a lossy air, the
-// receiver's decoder; against a receiver that knows all beforehand.
+// Measures how long a module waits for its credentials, in virtual time: the library's schedules, a lossy air
+// and the receiver's decoder, compared with a receiver that knows in advance what every frame means.
 
-#include "bench/simulator/Cases.h"
+#include "bench/support/Cases.h"
 #include "bench/support/Program.h"
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
 namespace {
+
+using simulator::Channels;
+using simulator::makePlan;
+using simulator::PhonePlan;
 
 Row makeRow(const std::string& packet, const std::string& air, const std::string& sends, int lossPercent,
             const Summary& summary) {
@@ -27,8 +31,8 @@ void addRows(Table& table, const std::string& sends, const NamedSecret& packet,
              const std::vector<const PhonePlan*>& phones, int runs) {
   for (const NamedRadio& air : radios()) {
     for (const int loss : losses()) {
-      const Scenario scenario{phones, withLoss(air.radio, loss)};
-      table.add(makeRow(packet.name, air.name, sends, loss, summarize(runTrials(scenario, runs))));
+      const simulator::Scenario scenario{phones, withLoss(air.radio, loss)};
+      table.add(makeRow(packet.name, air.name, sends, loss, summarize(simulator::runTrials(scenario, runs))));
     }
   }
 }
@@ -38,10 +42,11 @@ void addRows(Table& table, const std::string& sends, const NamedSecret& packet,
 void runBenchmark(Program& program) {
   int runs = 200;
   program.options().add_option("--runs", runs, "Runs of each case");
-  program.parse("Simulated time until a module has its credentials, against the least possible");
+  program.parse("Simulated time until a module has its credentials, compared with the shortest possible");
 
-  Table table("provision",
-              "Time to provision, default pacing; bound: an all-knowing receiver of the same frames");
+  Table table(
+      "provision",
+      "Time to provision, default pacing; bound: a receiver that knows in advance what every frame means");
   for (const NamedSecret& packet : secrets()) {
     for (const NamedChannels& choice : channelChoices()) {
       const PhonePlan phone = makePlan(packet.secret, kDefaultPace, choice.channels);

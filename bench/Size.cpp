@@ -1,4 +1,4 @@
-// How large the shared library is, what it exports, and how much stack each of its workers uses.
+// Measures how large the shared library is, what it exports, and how much stack each of its workers uses.
 
 #include <algorithm>
 #include <chrono>
@@ -17,7 +17,7 @@
 namespace zor::bench {
 namespace {
 
-/// Templates of the standard library that the compiler left in the library.
+/// True for instances of the standard library's templates, which the compiler puts into the library.
 bool isStandard(const std::string& name) {
   return name.rfind("std::", 0) == 0 || name.find(" for std::") != std::string::npos;
 }
@@ -31,7 +31,7 @@ Row makeSizeRow(const char* name, const ElfFile& file, const ElfFile& baseline) 
           {"data bytes", file.dataBytes},
           {"bss bytes", file.bssBytes},
           {"exports", file.exports.size()},
-          {"of these std", standard},
+          {"std exports", standard},
           {"file to baseline",
            ratio(static_cast<double>(file.fileBytes), static_cast<double>(baseline.fileBytes))}};
 }
@@ -47,7 +47,7 @@ void pause() {
   std::this_thread::sleep_for(std::chrono::milliseconds(300));
 }
 
-/// Both senders have sent every kind of frame, version 3 too.
+/// Returns after both senders have sent every kind of frame, version 3 too.
 void provision(ZorSuite& suite) {
   suite.SmartConfigV5_MixV3Enable(1);
   suite.SmartConfigV5_Start(kSsid, kPassPhrase, 1000);
@@ -59,7 +59,7 @@ void provisionVersion3(ZorSuite& suite) {
   waitForSenders();
 }
 
-/// The listener has read every kind of line and has reported.
+/// Returns after the listener has read every kind of line and has reported a module.
 void listen() {
   Listener listener;
   listener.suite.setDelegate(std::make_shared<CountingDelegate>());
@@ -96,14 +96,14 @@ void addStackRows(Table& table, std::size_t emptyThread, const std::vector<const
 }
 
 Table stackTable() {
-  // The second one: the first finds functions of the C library that are not linked yet.
+  // The second thread counts: the first also resolves the C library's functions.
   for (int thread = 0; thread < 2; ++thread) std::thread([] {}).join();
   const std::size_t emptyThread = stackUsed(1);
   UpgradingModule module;
   module.finish();
   ZorSuite suite;
   Table table("stack",
-              "Stack that the workers touch, the C library's part included; baseline: an empty thread");
+              "Stack that the workers use, the C library's part included; baseline: an empty thread");
   addStackRows(table, emptyThread, {"broadcast sender", "multicast sender"}, [&] { provision(suite); });
   addStackRows(table, emptyThread, {"idle listener", "version 3 sender"}, [&] { provisionVersion3(suite); });
   addStackRows(table, emptyThread, {"listener"}, listen);
@@ -119,9 +119,11 @@ void runBenchmark(Program& program) {
   std::string baseline;
   bool listExports = false;
   program.options().add_option("--library", library, "The stripped shared library")->required();
-  program.options().add_option("--baseline", baseline, "The same with every symbol exported")->required();
+  program.options()
+      .add_option("--baseline", baseline, "The same library with every symbol exported")
+      ->required();
   program.options().add_flag("--exports", listExports, "List the exported symbols instead");
-  program.parse("Size of the shared library, its exports, and the stack of its workers");
+  program.parse("Size and exports of the shared library, and stack use of its workers");
   const ElfFile file = readElfFile(library);
   if (listExports) {
     for (const std::string& name : file.exports) std::cout << name << "\n";

@@ -1,6 +1,6 @@
-// How exactly the frames of a version 5 run keep to their schedule.
+// Measures how closely the frames of a version 5 run follow their schedule.
 //
-// The real workers send through one end of a veth pair; the kernel stamps what arrives at the other.
+// The library's workers send through one end of a veth pair; the kernel stamps what arrives at the other end.
 
 #include <cmath>
 #include <iostream>
@@ -11,50 +11,54 @@
 #include "bench/support/Program.h"
 #include "bench/support/SampleRun.h"
 #include "bench/support/Statistics.h"
+#include "simulator/RecordedSchedule.h"
 
 namespace zor::bench {
 namespace {
+
+using simulator::RecordedSchedule;
+using simulator::ScheduledFrame;
 
 struct Spacing {
   std::vector<double> gapErrorsMs;
   double driftPercent = 0;
 };
 
-/// The nominal time from frame `index` of an endless run to the next, milliseconds.
-std::int64_t nominalGap(const RecordedSchedule& schedule, std::size_t index) {
+/// Returns the scheduled time from frame `index` of an endless run to the next one, milliseconds.
+std::int64_t scheduledGap(const RecordedSchedule& schedule, std::size_t index) {
   const std::size_t here = index % schedule.frames.size();
   const bool last = here + 1 == schedule.frames.size();
   const std::int64_t next =
-      last ? schedule.periodMs + schedule.frames.front().ms : schedule.frames[here + 1].ms;
-  return next - schedule.frames[here].ms;
+      last ? schedule.periodMs + schedule.frames.front().timeMs : schedule.frames[here + 1].timeMs;
+  return next - schedule.frames[here].timeMs;
 }
 
 Spacing compare(const RecordedSchedule& schedule, const std::vector<CapturedFrame>& frames) {
   Spacing spacing;
-  std::int64_t nominalMs = 0;
+  std::int64_t scheduledMs = 0;
   for (std::size_t i = 0; i + 1 < frames.size(); ++i) {
     const ScheduledFrame& expected = schedule.frames[i % schedule.frames.size()];
     if (frames[i].length != expected.length || frames[i].destination != expected.destination) {
-      std::cerr << "frame " << i << " is not the schedule's: the capture lost frames\n";
+      std::cerr << "frame " << i << " differs from the schedule: the capture lost frames\n";
       std::exit(1);
     }
-    const std::int64_t gapMs = nominalGap(schedule, i);
-    const double passedMs = static_cast<double>(frames[i + 1].ns - frames[i].ns) / 1e6;
+    const std::int64_t gapMs = scheduledGap(schedule, i);
+    const double passedMs = static_cast<double>(frames[i + 1].timeNs - frames[i].timeNs) / 1e6;
     spacing.gapErrorsMs.push_back(std::fabs(passedMs - static_cast<double>(gapMs)));
-    nominalMs += gapMs;
+    scheduledMs += gapMs;
   }
-  if (nominalMs == 0) return spacing;
-  const double spanMs = static_cast<double>(frames.back().ns - frames.front().ns) / 1e6;
-  spacing.driftPercent = 100 * (spanMs / static_cast<double>(nominalMs) - 1);
+  if (scheduledMs == 0) return spacing;
+  const double spanMs = static_cast<double>(frames.back().timeNs - frames.front().timeNs) / 1e6;
+  spacing.driftPercent = 100 * (spanMs / static_cast<double>(scheduledMs) - 1);
   return spacing;
 }
 
-std::vector<Spacing> judge(const FrameCapture& capture, const RunInputs& inputs) {
-  return {compare(recordMulticast(inputs), capture.frames(true)),
-          compare(recordBroadcast(inputs), capture.frames(false))};
+std::vector<Spacing> judge(const FrameCapture& capture, const SenderInputs& inputs) {
+  return {compare(simulator::recordMulticast(inputs), capture.frames(true)),
+          compare(simulator::recordBroadcast(inputs), capture.frames(false))};
 }
 
-std::vector<Spacing> measureLibrary(const RunInputs& inputs, double seconds) {
+std::vector<Spacing> measureLibrary(const SenderInputs& inputs, double seconds) {
   FrameCapture capture("zor1");
   ZorSuite suite;
   startSenders(suite);
@@ -64,7 +68,7 @@ std::vector<Spacing> measureLibrary(const RunInputs& inputs, double seconds) {
   return judge(capture, inputs);
 }
 
-std::vector<Spacing> measureBaseline(const RunInputs& inputs, double seconds) {
+std::vector<Spacing> measureBaseline(const SenderInputs& inputs, double seconds) {
   FrameCapture capture("zor1");
   {
     const CountedSleepRun run(inputs);
@@ -91,13 +95,13 @@ Row makeRow(const char* channel, const char* waits, const Spacing& spacing, cons
 void runBenchmark(Program& program) {
   double seconds = 10;
   program.options().add_option("--seconds", seconds, "Length of each of the two runs");
-  program.parse("Spacing of the frames of a version 5 run against its schedule");
+  program.parse("Spacing of the frames of a version 5 run, compared with its schedule");
   Program::prepareToSend();
 
-  const RunInputs inputs = sampleInputs();
+  const SenderInputs inputs = sampleInputs();
   const std::vector<Spacing> library = measureLibrary(inputs, seconds);
   const std::vector<Spacing> baseline = measureBaseline(inputs, seconds);
-  Table table("spacing", "Spacing of frames, default pacing, error of each gap against the schedule");
+  Table table("spacing", "Errors of the gaps between frames, default pacing, against the schedule");
   for (std::size_t channel = 0; channel < library.size(); ++channel) {
     const char* const name = channel == 0 ? "multicast" : "broadcast";
     table.add(makeRow(name, "library", library[channel], baseline[channel]));

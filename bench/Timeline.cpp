@@ -1,19 +1,19 @@
-// The frames of the first second of a version 5 run, for a picture of how the two channels encode.
+// Lists the frames of the first second of a version 5 run, for a picture of how the two channels encode.
 
-#include "bench/simulator/Cases.h"
 #include "bench/support/Program.h"
-#include "bench/support/RecordedSchedule.h"
+#include "bench/support/SampleRun.h"
+#include "simulator/RecordedSchedule.h"
 
 namespace zor::bench {
 namespace {
 
 constexpr std::int64_t kShownMs = 1000;
 
-void addRows(Table& table, const char* channel, const RecordedSchedule& schedule) {
-  for (const ScheduledFrame& frame : schedule.frames) {
-    if (frame.ms > kShownMs) break;
+void addRows(Table& table, const char* channel, const simulator::RecordedSchedule& schedule) {
+  for (const simulator::ScheduledFrame& frame : schedule.frames) {
+    if (frame.timeMs > kShownMs) break;
     table.add({{"channel", channel},
-               {"ms", frame.ms},
+               {"ms", frame.timeMs},
                {"destination", frame.destination},
                {"bytes", frame.length}});
   }
@@ -23,11 +23,10 @@ void addRows(Table& table, const char* channel, const RecordedSchedule& schedule
 
 void runBenchmark(Program& program) {
   program.parse("Frames of the first second of a version 5 run, default pacing");
-  const Secret& secret = secrets().front().secret;
-  const RunInputs inputs = makeInputs(secret.ssid, secret.passPhrase);
-  Table table("timeline", "Frames of a version 5 run");
-  addRows(table, "multicast", recordMulticast(inputs));
-  addRows(table, "broadcast", recordBroadcast(inputs));
+  const SenderInputs inputs = sampleInputs();
+  Table table("timeline", "Frames of the first second of a version 5 run");
+  addRows(table, "multicast", simulator::recordMulticast(inputs));
+  addRows(table, "broadcast", simulator::recordBroadcast(inputs));
   program.print(table);
 }
 

@@ -1,19 +1,26 @@
-// Looks for credentials that nobody sent: many simulated runs with random packets under every kind of loss,
-// of one phone and of two at once.
+// Counts reported credentials that no phone sent, in many simulated runs with random packets, under every
+// kind of loss, of one phone and of two at the same time.
 
 #include <algorithm>
 #include <iostream>
 
-#include "bench/simulator/Cases.h"
+#include "bench/support/Cases.h"
 #include "bench/support/Program.h"
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
 namespace {
 
-/// Any bytes but NUL, which ends a text; or few different ones, which fit in many places.
-std::string randomText(Random& random, std::int64_t longest) {
-  std::string text(static_cast<std::size_t>(random.below(longest + 1)), '\0');
+using simulator::Channels;
+using simulator::Pace;
+using simulator::PhonePlan;
+using simulator::Random;
+using simulator::Secret;
+
+/// Returns up to `maxLength` bytes other than NUL, which ends a text: of all values, or of eight, which a
+/// decoder can mix up more easily.
+std::string randomText(Random& random, std::int64_t maxLength) {
+  std::string text(static_cast<std::size_t>(random.below(maxLength + 1)), '\0');
   const bool few = random.below(2) == 1;
   for (char& c : text) c = static_cast<char>(few ? 'a' + random.below(8) : 1 + random.below(255));
   return text;
@@ -27,22 +34,22 @@ Secret randomSecret(Random& random) {
   return secret;
 }
 
-template <class T>
-const T& oneOf(const std::vector<T>& choices, Random& random) {
-  return choices[static_cast<std::size_t>(random.below(static_cast<std::int64_t>(choices.size())))];
+template <class Choices>
+const auto& oneOf(const Choices& choices, Random& random) {
+  return choices[static_cast<std::size_t>(random.below(static_cast<std::int64_t>(std::size(choices))))];
 }
 
-/// Most phones keep the default pace, and most the default lengths.
+/// Returns the plan of a phone; most phones have the default pace, and most the default length bases.
 PhonePlan randomPlan(Random& random) {
   constexpr std::size_t kMulticastLength = 0;
   constexpr std::size_t kBroadcastLength = 7;
-  Pace pace = random.below(2) == 1 ? kDefaultPace : oneOf(paces(), random).pace;
+  Pace pace = random.below(2) == 1 ? kDefaultPace : oneOf(kZorPaces, random).values;
   if (random.below(4) == 0) {
     pace[kMulticastLength] = static_cast<std::uint8_t>(1 + random.below(100));
     pace[kBroadcastLength] = static_cast<std::uint8_t>(1 + random.below(100));
   }
   const Channels channels = oneOf(channelChoices(), random).channels;
-  return makePlan(randomSecret(random), pace, channels);
+  return simulator::makePlan(randomSecret(random), pace, channels);
 }
 
 struct Tally {
@@ -51,8 +58,8 @@ struct Tally {
   double wrong = 0;
 };
 
-/// Says how to see a wrong report again.
-void tell(std::uint64_t seed, int runsPerPacket, const receiver::Credentials& credentials) {
+/// Prints how to repeat the run that reported wrong credentials.
+void printRepeat(std::uint64_t seed, int runsPerPacket, const receiver::Credentials& credentials) {
   std::cerr << "wrong credentials with --seed " << seed << " --runs " << runsPerPacket
             << " --runs-per-packet " << runsPerPacket << ": version "
             << static_cast<int>(credentials.encoding) << ", lengths " << credentials.ssid.size() << " + "
@@ -65,9 +72,9 @@ void runBenchmark(Program& program) {
   int runs = 20'000;
   int runsPerPacket = 20;
   std::uint64_t seed = 1;
-  program.options().add_option("--runs", runs, "Runs in all");
+  program.options().add_option("--runs", runs, "Total number of runs");
   program.options().add_option("--runs-per-packet", runsPerPacket, "Runs of each pair of random packets");
-  program.options().add_option("--seed", seed, "Seed of the packets and of the runs");
+  program.options().add_option("--seed", seed, "First seed of the packets and of the runs");
   program.parse("Simulated runs of random packets, counting credentials that no phone sent");
 
   std::vector<Tally> tallies(radios().size());
@@ -77,18 +84,18 @@ void runBenchmark(Program& program) {
     const PhonePlan first = randomPlan(random);
     const PhonePlan second = randomPlan(random);
     const auto which = static_cast<std::size_t>(random.below(static_cast<std::int64_t>(radios().size())));
-    Scenario scenario{{&first}, withLoss(radios()[which].radio, oneOf(losses(), random))};
+    simulator::Scenario scenario{{&first}, withLoss(radios()[which].radio, oneOf(losses(), random))};
     if (random.below(2) == 1) scenario.phones.push_back(&second);
     Tally& tally = tallies[which];
-    for (const Outcome& outcome : runTrials(scenario, runsPerPacket, random())) {
+    for (const simulator::Outcome& outcome : simulator::runTrials(scenario, runsPerPacket, random())) {
       tally.runs += 1;
-      tally.complete += outcome.decoderSeconds < kGiveUpSeconds ? 1 : 0;
+      tally.complete += outcome.decoderSeconds < simulator::kGiveUpSeconds ? 1 : 0;
       tally.wrong += static_cast<double>(outcome.wrong.size());
-      for (const receiver::Credentials& wrong : outcome.wrong) tell(seed, runsPerPacket, wrong);
+      for (const receiver::Credentials& wrong : outcome.wrong) printRepeat(seed, runsPerPacket, wrong);
     }
   }
   Table table("wrong-credentials",
-              "Credentials that no phone sent; random packets, losses 0 to 70 %, 1 or 2 phones");
+              "Credentials that no phone sent; random packets, losses of 0 to 70 %, 1 or 2 phones");
   for (std::size_t i = 0; i < tallies.size(); ++i) {
     table.add({{"losses", radios()[i].name},
                {"runs", tallies[i].runs},

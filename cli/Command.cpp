@@ -2,8 +2,15 @@
 
 namespace zor::cli {
 
+CLI::Option* addTextOption(CLI::App& app, const std::string& name, std::optional<std::string>& value,
+                           const std::string& description, const std::string& valueName) {
+  // If the parser filled the optional itself, an empty text would leave it empty.
+  const auto set = [&value](const std::string& text) { value = text; };
+  return app.add_option_function<std::string>(name, set, description)->option_text(valueName);
+}
+
 void addJsonOption(CLI::App& app, CommonOptions& options) {
-  app.add_flag("--json", options.json, "Print one JSON object a line");
+  app.add_flag("--json", options.json, "Print one JSON object per line");
 }
 
 void addCommonOptions(CLI::App& app, CommonOptions& options) {

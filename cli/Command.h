@@ -2,21 +2,30 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <optional>
+#include <string>
+
+#include "cli/ExitCode.h"
 
 namespace zor::cli {
 
-/// What the subcommands share.
+/// Options that several subcommands share.
 struct CommonOptions {
   bool json = false;
   bool verbose = false;
 };
 
-/// A subcommand: its place on the command line, and what it does once its options are read. `run` returns an
-/// `ExitCode` and may throw `WrongUse` and `RunFailure`.
+/// A subcommand: its place on the command line, and what it does once its options have been read. `run` may
+/// throw `WrongUse` and `RunFailure`.
 struct Command {
   CLI::App* app = nullptr;
-  std::function<int()> run;
+  std::function<ExitCode()> run;
 };
+
+/// Adds an option that takes a text, which its help calls `valueName`. `value` stays empty without the option
+/// and outlives the parsing.
+CLI::Option* addTextOption(CLI::App& app, const std::string& name, std::optional<std::string>& value,
+                           const std::string& description, const std::string& valueName);
 
 /// Adds `--json`; `options` outlives the parsing.
 void addJsonOption(CLI::App& app, CommonOptions& options);
@@ -27,8 +36,9 @@ void addCommonOptions(CLI::App& app, CommonOptions& options);
 // Each adds its subcommand to `app`.
 Command addProvision(CLI::App& app);
 Command addListen(CLI::App& app);
-Command addModule(CLI::App& app);
 Command addSearch(CLI::App& app);
 Command addUpgrade(CLI::App& app);
+Command addInterfaces(CLI::App& app);
+Command addModule(CLI::App& app);  ///< Linux only.
 
 }  // namespace zor::cli

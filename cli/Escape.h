@@ -1,15 +1,24 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace zor::cli {
 
-/// `bytes` for a terminal: printable ASCII as it is, any other byte as `\xNN`, a backslash as `\\`.
+/// Takes the character set from LC_ALL, LC_CTYPE or LANG if it is UTF-8, else stays with ASCII. The process
+/// has no other locale: the library and the parsers read bytes as they would in C. Call it once, first.
+void useCharacterSet();
+
+/// `bytes` for a terminal: what its character set can print as it is, any other byte as `\xNN`, a backslash
+/// as `\\`. What changes the order of text, or shows nothing, or means something else to every reader
+/// (controls, format characters, private use) is not printable.
 std::string printable(std::string_view bytes);
 
-/// `bytes` for JSON: each byte becomes the code point of its value, so bytes that are no UTF-8 survive. A
-/// writer that keeps to ASCII shows the bytes from 0x7F up as `\u00NN`.
-std::string codePoints(std::string_view bytes);
+/// The number of columns that `text`, which `printable` made, takes on a terminal.
+std::size_t columns(std::string_view text);
+
+/// The beginning of `text`, which `printable` made, that fits `limit` columns.
+std::string_view cutToColumns(std::string_view text, std::size_t limit);
 
 }  // namespace zor::cli

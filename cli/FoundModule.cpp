@@ -3,22 +3,41 @@
 #include "cli/Escape.h"
 
 namespace zor::cli {
+namespace {
 
-std::string foundText(const FoundModule& module) {
-  std::string text = "found module " + printable(module.id) + " at " + module.address;
+std::string describe(const FoundModule& module) {
+  std::string text = "module " + printable(module.id) + " at " + module.address;
   if (!module.version.empty()) text += ", version " + printable(module.version);
   if (!module.capabilities.empty()) text += ", capabilities " + printable(module.capabilities);
   if (!module.extension.empty()) text += ", " + printable(module.extension);
   return text;
 }
 
-Json foundEvent(const FoundModule& module) {
-  return {{"event", "module_found"},
-          {"module_id", codePoints(module.id)},
+Json makeEvent(const char* name, const FoundModule& module) {
+  return {{"event", name},
+          {"module_id", jsonText(module.id)},
           {"address", module.address},
-          {"version", codePoints(module.version)},
-          {"capabilities", codePoints(module.capabilities)},
-          {"extension", codePoints(module.extension)}};
+          {"version", jsonText(module.version)},
+          {"capabilities", jsonText(module.capabilities)},
+          {"extension", jsonText(module.extension)}};
+}
+
+}  // namespace
+
+std::string foundText(const FoundModule& module) {
+  return "found " + describe(module);
+}
+
+Json foundEvent(const FoundModule& module) {
+  return makeEvent("module_found", module);
+}
+
+std::string alreadyThereText(const FoundModule& module) {
+  return "already there, not counted: " + describe(module);
+}
+
+Json alreadyThereEvent(const FoundModule& module) {
+  return makeEvent("module_already_there", module);
 }
 
 }  // namespace zor::cli

@@ -6,7 +6,7 @@
 
 namespace zor::cli {
 
-/// A module as it told of itself: untrusted bytes.
+/// A module as it describes itself: untrusted bytes.
 struct FoundModule {
   std::string id;
   std::string address;
@@ -20,5 +20,11 @@ std::string foundText(const FoundModule& module);
 
 /// The "module_found" event.
 Json foundEvent(const FoundModule& module);
+
+/// "already there, not counted: module ID at ADDRESS, version ..." for a terminal.
+std::string alreadyThereText(const FoundModule& module);
+
+/// The "module_already_there" event.
+Json alreadyThereEvent(const FoundModule& module);
 
 }  // namespace zor::cli

@@ -3,8 +3,8 @@
 namespace zor::cli {
 namespace {
 
-/// Who floods the network with invented modules must not fill the memory with them.
-constexpr std::size_t kMostCounted = 65'536;
+/// A flood of invented modules must not fill the memory.
+constexpr std::size_t kMaxCounted = 65'536;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ void FoundModules::onSmartFound(const std::string& moduleId, const std::string& 
 }
 
 void FoundModules::take(const FoundModule& module) {
-  if (!module.id.empty() && ids_.size() < kMostCounted) ids_.insert(module.id);
+  if (!module.id.empty() && ids_.size() < kMaxCounted) ids_.insert(module.id);
   onFound_(module);
 }
 

@@ -4,6 +4,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "ZOR/ZorSuite.h"
 #include "cli/FoundModule.h"
@@ -15,8 +16,8 @@ class FoundModules : public ZorSuiteDelegate {
  public:
   explicit FoundModules(std::function<void(const FoundModule&)> onFound) : onFound_(std::move(onFound)) {}
 
-  /// How many different modules were reported: one that announces itself from two addresses counts once, one
-  /// without an id not at all.
+  /// The number of different modules reported. One that announces itself from two addresses counts once, one
+  /// without an id does not count.
   std::size_t count() const { return ids_.size(); }
 
   void onSearchFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
@@ -28,7 +29,7 @@ class FoundModules : public ZorSuiteDelegate {
   void take(const FoundModule& module);
 
   std::function<void(const FoundModule&)> onFound_;
-  std::set<std::string> ids_;
+  std::set<std::string> ids_;  ///< The ids of the modules counted.
 };
 
 /// "1 module" or "3 modules".

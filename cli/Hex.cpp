@@ -25,7 +25,7 @@ std::vector<std::uint8_t> fromHex(std::string_view text) {
     const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), byte, 16);
     if (pair.size() != 2 || error != std::errc() || end != pair.data() + 2) {
       throw WrongUse("'" + printable(text) +
-                     "' is not hexadecimal: give two digits 0-9 a-f for each byte, as 01b361");
+                     "' is not hexadecimal: give two digits 0-9 a-f for each byte, such as 01b361");
     }
     bytes.push_back(byte);
   }

@@ -7,10 +7,10 @@
 
 namespace zor::cli {
 
-/// Two lower-case hexadecimal digits a byte.
+/// Two lower-case hexadecimal digits per byte.
 std::string toHex(const std::vector<std::uint8_t>& bytes);
 
-/// The bytes that `text` gives, two hexadecimal digits each. Throws `WrongUse` for anything else.
+/// The bytes in `text`, two hexadecimal digits each. Throws `WrongUse` for anything else.
 std::vector<std::uint8_t> fromHex(std::string_view text);
 
 }  // namespace zor::cli

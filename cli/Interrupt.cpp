@@ -7,16 +7,15 @@
 #include <cerrno>
 #include <csignal>
 
-#include "cli/ExitCode.h"
-
 namespace zor::cli {
 namespace {
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 volatile std::sig_atomic_t writeEnd = -1;
+volatile std::sig_atomic_t firstSignal = 0;
 
-/// A full pipe loses the byte, which is no loss: the descriptor is readable already.
+/// A byte that a full pipe loses does no harm: the descriptor is readable already.
 void writeByte(int descriptor) {
   const int savedErrno = errno;
   const ssize_t count = write(descriptor, "", 1);
@@ -24,11 +23,12 @@ void writeByte(int descriptor) {
   errno = savedErrno;
 }
 
-extern "C" void onSignal(int) {
+extern "C" void onSignal(int number) {
+  if (firstSignal == 0) firstSignal = number;
   writeByte(writeEnd);
 }
 
-/// Leaves a signal alone that is ignored: nohup, or the shell for a background job, had it so.
+/// Skips signals that are ignored: nohup ignores SIGHUP, a shell SIGINT and SIGQUIT for background jobs.
 void handleSignals(void (*handler)(int)) {
   struct sigaction action {};
   action.sa_handler = handler;
@@ -43,10 +43,15 @@ void handleSignals(void (*handler)(int)) {
 }  // namespace
 
 Interrupt::Interrupt() {
-  if (pipe2(pipe_, O_CLOEXEC | O_NONBLOCK) != 0) {
-    throw RunFailure("the system gives no pipe: close other programs or raise 'ulimit -n', then try again");
+  if (pipe(pipe_) != 0) {
+    throw RunFailure("no pipe could be created: close other programs or raise 'ulimit -n', then try again");
+  }
+  for (const int end : pipe_) {
+    fcntl(end, F_SETFD, FD_CLOEXEC);
+    fcntl(end, F_SETFL, O_NONBLOCK);
   }
   writeEnd = pipe_[1];
+  firstSignal = 0;
   handleSignals(onSignal);
 }
 
@@ -59,6 +64,11 @@ Interrupt::~Interrupt() {
 bool Interrupt::wait(int waitMs) const {
   pollfd wanted{pipe_[0], POLLIN, 0};
   return poll(&wanted, 1, waitMs) > 0;
+}
+
+ExitCode Interrupt::exitCode() const {
+  constexpr int kSignalBase = 128;
+  return firstSignal == 0 ? ExitCode::failure : static_cast<ExitCode>(kSignalBase + firstSignal);
 }
 
 void Interrupt::raise() const {

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "cli/ExitCode.h"
+
 namespace zor::cli {
 
-/// Turns SIGINT, SIGTERM, SIGHUP and SIGQUIT, less those that the caller had ignored, into a descriptor to
-/// poll, as long as it lives. One at a time.
+/// While it lives, turns SIGINT, SIGTERM, SIGHUP and SIGQUIT into a descriptor to poll, except those that
+/// were ignored before. Only one may live at a time.
 class Interrupt {
  public:
-  /// Throws `RunFailure` when the system gives no pipe.
+  /// Throws `RunFailure` when no pipe can be created.
   Interrupt();
   ~Interrupt();
   Interrupt(const Interrupt&) = delete;
@@ -15,17 +17,21 @@ class Interrupt {
   /// True once a signal came or `raise` was called.
   bool raised() const { return wait(0); }
 
-  /// Waits at most `waitMs` milliseconds, -1 for ever. Returns what `raised` does then. Any thread.
+  /// Waits up to `waitMs` milliseconds, without limit if -1, until it is raised. Returns whether it is. Any
+  /// thread.
   bool wait(int waitMs) const;
 
-  /// Does what a signal does. Any thread.
+  /// Has the effect of a signal. Any thread.
   void raise() const;
+
+  /// The exit code of a command that was stopped: which signal came first, or a failure if none did.
+  ExitCode exitCode() const;
 
   /// Polls readable once a signal came.
   int descriptor() const { return pipe_[0]; }
 
  private:
-  int pipe_[2];
+  int pipe_[2];  ///< The end to read, then the end to write.
 };
 
 }  // namespace zor::cli

@@ -1,9 +1,12 @@
 #include <memory>
+#include <string>
 
 #include "ZOR/ZorSuite.h"
 #include "cli/Command.h"
+#include "cli/Ending.h"
 #include "cli/ExitCode.h"
 #include "cli/FoundModules.h"
+#include "cli/InterfaceOption.h"
 #include "cli/Interrupt.h"
 #include "cli/LogLines.h"
 #include "cli/MainQueue.h"
@@ -14,9 +17,10 @@ namespace {
 
 constexpr int kAutomaticPort = 0;
 constexpr int kLastPort = 65534;
-constexpr int kLookMs = 200;  ///< How soon it is noticed that nobody reads stdout any more.
+constexpr int kPollMs = 200;  ///< How often a closed stdout is looked for.
 
 struct ListenOptions : CommonOptions {
+  std::string interface;
   int port = kAutomaticPort;
 };
 
@@ -24,10 +28,12 @@ std::string noPortText(int port) {
   if (port == kAutomaticPort)
     return "no UDP port could be opened: check 'ulimit -n' and the permission to use sockets";
   return "UDP port " + std::to_string(port) +
-         " could not be opened: another program may hold it, or it is below 1024; try another port or none";
+         " could not be opened: another program may hold it, or it is below 1024; try another port, or leave "
+         "--port out";
 }
 
-int listen(const ListenOptions& options) {
+ExitCode listen(const ListenOptions& options) {
+  useInterface(options.interface);
   const LogLines logLines(options.verbose);
   const Interrupt interrupt;
   Output output(options, interrupt);
@@ -40,14 +46,15 @@ int listen(const ListenOptions& options) {
   if (port < 0) throw RunFailure(noPortText(options.port));
   output.report("listening on UDP port " + std::to_string(port) + ", Ctrl-C ends",
                 {{"event", "listening"}, {"port", port}});
-  while (!interrupt.raised() && !output.isGone()) runMainQueueFor(kLookMs, interrupt);
+  while (!interrupt.raised() && !output.isGone()) runMainQueueFor(kPollMs, interrupt);
 
   s_threadSmartOnlineListen.cancel();
   s_threadSmartOnlineListen.waitUntilEmpty();
   ZorRunMainQueue(0);
-  output.report("stopped; heard of " + moduleCount(modules->count()),
-                {{"event", "finished"}, {"ok", true}, {"modules", modules->count()}});
-  return output.exitCode();
+  return finish(output, {.problem = "",
+                         .stopped = false,
+                         .summary = "stopped; " + moduleCount(modules->count()) + " heard",
+                         .details = {{"modules", modules->count()}}});
 }
 
 }  // namespace
@@ -59,7 +66,9 @@ Command addListen(CLI::App& app) {
   command
       ->add_option("--port", options->port,
                    "UDP port to listen on; without it the first free one from 25010 up")
+      ->option_text("PORT")
       ->check(CLI::Range(1, kLastPort));
+  addInterfaceOption(*command, options->interface);
   addCommonOptions(*command, *options);
   command->footer("Example: zorctl listen --port 25010 --json");
   return {command, [options] { return listen(*options); }};

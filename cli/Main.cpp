@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,11 +13,13 @@
 #include "cli/Command.h"
 #include "cli/Escape.h"
 #include "cli/ExitCode.h"
+#include "cli/Help.h"
+#include "cli/TextWriter.h"
 
 namespace zor::cli {
 namespace {
 
-/// Puts /dev/null where stdin, stdout or stderr was closed: a socket that took the place would get what is
+/// Puts /dev/null where stdin, stdout or stderr is closed: a socket that took its place would receive what is
 /// printed.
 void occupyStandardDescriptors() {
   int descriptor = 0;
@@ -26,29 +29,33 @@ void occupyStandardDescriptors() {
   if (descriptor > STDERR_FILENO) close(descriptor);
 }
 
-int complain(const char* text, ExitCode code) {
+ExitCode complain(const char* text, ExitCode code) {
   std::fprintf(stderr, "zorctl: %s\n", text);
   return code;
 }
 
 /// Says in one line why the command line was not understood.
-int complain(const CLI::App& app, const CLI::ParseError& error) {
+ExitCode complain(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<CLI::App*> named = const_cast<CLI::App&>(app).get_subcommands();
   const std::string subcommand = named.empty() ? "" : " " + named.front()->get_name();
+  const bool isIncomplete = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr ||
+                            dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+  const std::string leftovers = isIncomplete ? explainLeftovers(app) : std::string{};
+  const std::string why = leftovers.empty() ? printable(error.what()) : leftovers;
   const std::string text =
-      printable(error.what()) + "; 'zorctl" + subcommand + " --help' shows how it is used";
-  return complain(text.c_str(), kWrongUse);
+      why + (why.ends_with('?') ? " See" : "; see") + " 'zorctl" + subcommand + " --help'";
+  return complain(text.c_str(), ExitCode::wrongUse);
 }
 
-int run(const std::vector<Command>& commands) {
+ExitCode run(const std::vector<Command>& commands) {
   for (const Command& command : commands) {
     if (command.app->parsed()) return command.run();
   }
   throw WrongUse("no subcommand: name one; 'zorctl --help' lists them");
 }
 
-/// The arguments last to first, as the parser takes them. "--name=" becomes "--name" and an empty value: the
-/// parser would take the argument that follows for the value.
+/// The arguments in reverse order, as the parser takes them. "--name=" becomes "--name" and an empty value:
+/// the parser would take the next argument for the value.
 std::vector<std::string> argumentsBackwards(int argc, char** argv) {
   std::vector<std::string> arguments;
   for (int i = argc - 1; i > 0; --i) {
@@ -63,20 +70,41 @@ std::vector<std::string> argumentsBackwards(int argc, char** argv) {
   return arguments;
 }
 
-int parseAndRun(int argc, char** argv) {
+ExitCode parseAndRun(int argc, char** argv) {
   CLI::App app("Brings Wi-Fi modules onto a network, finds them and upgrades them.", "zorctl");
-  app.set_version_flag("--version", "zorctl " ZOR_VERSION);
+  app.formatter(std::make_shared<HelpFormatter>());
+  app.set_help_flag("-h,--help", "Print this and end");
+  app.set_version_flag("--version", "zorctl " ZOR_VERSION, "Print the version and end");
   app.require_subcommand(0, 1);
   app.footer("Example: zorctl provision --ssid Home\n'zorctl SUBCOMMAND --help' shows the options of each.");
-  const std::vector<Command> commands = {addProvision(app), addListen(app), addModule(app), addSearch(app),
-                                         addUpgrade(app)};
+  std::vector<Command> commands = {addProvision(app), addListen(app), addSearch(app), addUpgrade(app),
+                                   addInterfaces(app)};
+#if defined(__linux__)
+  commands.push_back(addModule(app));
+#endif
   try {
     app.parse(argumentsBackwards(argc, argv));
   } catch (const CLI::ParseError& error) {
     const bool askedForText = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
-    return askedForText ? app.exit(error) : complain(app, error);
+    if (!askedForText) return complain(app, error);
+    app.exit(error);
+    return ExitCode::success;
   }
   return run(commands);
+}
+
+ExitCode runSafely(int argc, char** argv) {
+  try {
+    return parseAndRun(argc, argv);
+  } catch (const WrongUse& error) {
+    return complain(error.what(), ExitCode::wrongUse);
+  } catch (const Stopped& error) {
+    // Nothing ends a wait for a reader of stderr any more.
+    writeAtOnce(STDERR_FILENO, std::string("zorctl: ") + error.what() + "\n");
+    return error.code();
+  } catch (const std::exception& error) {
+    return complain(error.what(), ExitCode::failure);
+  }
 }
 
 }  // namespace
@@ -84,13 +112,8 @@ int parseAndRun(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   using namespace zor::cli;
-  std::signal(SIGPIPE, SIG_IGN);  // What nobody reads is dropped; the exit code still tells.
+  std::signal(SIGPIPE, SIG_IGN);  // Output that nobody reads is dropped; the exit code still counts.
   occupyStandardDescriptors();
-  try {
-    return parseAndRun(argc, argv);
-  } catch (const WrongUse& error) {
-    return complain(error.what(), kWrongUse);
-  } catch (const std::exception& error) {
-    return complain(error.what(), kFailure);
-  }
+  useCharacterSet();
+  return static_cast<int>(runSafely(argc, argv));
 }

@@ -1,21 +1,21 @@
 #include "cli/ModuleView.h"
 
 #include <algorithm>
+#include <variant>
 
 #include "cli/Escape.h"
 #include "cli/Hex.h"
-#include "cli/ProgressBar.h"
-#include "receiver/NetworkInterface.h"
+#include "receiver/decoder/MacAddress.h"
 
 namespace zor::cli {
 namespace {
 
-using receiver::ModuleEvent;
 using receiver::textOf;
 
 /// How often what is a live line on a terminal is printed elsewhere.
 constexpr std::chrono::seconds kFramesLineEvery{2};
 constexpr int kPercentLineEvery = 25;
+constexpr std::chrono::seconds kRequestsLineEvery{2};
 
 /// How far the phone of which most is known has been understood.
 std::string progressText(const receiver::DecoderProgress& progress) {
@@ -40,42 +40,20 @@ Json progressJson(const receiver::DecoderProgress& progress) {
 
 }  // namespace
 
-void ModuleView::show(const ModuleEvent& event) {
-  const std::string text = printable(event.text);
-  const std::string json = codePoints(event.text);
-  switch (event.kind) {
-    case ModuleEvent::Kind::started:
-      return output_.report("module on " + printable(interface_) + ", Ctrl-C ends",
-                            {{"event", "module_started"}, {"interface", codePoints(interface_)}});
-    case ModuleEvent::Kind::frames:
-      return showFrames(event);
-    case ModuleEvent::Kind::decoded:
-      return showCredentials(event, "decoded", "decoded and joining: ");
-    case ModuleEvent::Kind::refused:
-      return showCredentials(event, "refused", "decoded, but not its network: ");
-    case ModuleEvent::Kind::announced:
-      return output_.report("announced itself on UDP port " + std::to_string(event.port) + ": " + text,
-                            {{"event", "announced"}, {"port", event.port}, {"line", json}});
-    case ModuleEvent::Kind::infoRequest:
-      return output_.report("search request from " + text, {{"event", "info_request"}, {"from", json}});
-    case ModuleEvent::Kind::upgradeRequest:
-      return output_.report(event.result < 0 ? "refused an upgrade, ret=" + std::to_string(event.result)
-                                             : "upgrading from " + text,
-                            {{"event", "upgrade_request"}, {"url", json}, {"ret", event.result}});
-    case ModuleEvent::Kind::downloadProgress:
-      return showDownload(event);
-    case ModuleEvent::Kind::downloadDone:
-      return output_.report("the file is whole" + (text.empty() ? text : ": " + text),
-                            {{"event", "download_done"}, {"path", json}});
-    case ModuleEvent::Kind::downloadFailed:
-      return output_.report("download failed: " + text,
-                            {{"event", "download_failed"}, {"problem", json}, {"status", event.result}});
-    case ModuleEvent::Kind::sendFailed:
-      return output_.report("could not send: " + text, {{"event", "send_failed"}, {"problem", json}});
-  }
+void ModuleView::show(const receiver::ModuleEvent& event) {
+  // These come too often to end the time in which requests are summed up.
+  const bool isFrequent = std::holds_alternative<receiver::FramesHeard>(event) ||
+                          std::holds_alternative<receiver::InfoRequested>(event);
+  if (!isFrequent) sumUpRequests();
+  std::visit([this](const auto& kind) { showKind(kind); }, event);
 }
 
-void ModuleView::showFrames(const ModuleEvent& event) {
+void ModuleView::showKind(const receiver::ModuleStarted&) {
+  output_.report("module on " + printable(interface_) + ", Ctrl-C ends",
+                 {{"event", "module_started"}, {"interface", jsonText(interface_)}});
+}
+
+void ModuleView::showKind(const receiver::FramesHeard& event) {
   output_.reportJson(
       {{"event", "frames"}, {"frames", event.frames}, {"senders", progressJson(event.progress)}});
   const std::string text = std::to_string(event.frames) + " frames heard" + progressText(event.progress);
@@ -86,30 +64,74 @@ void ModuleView::showFrames(const ModuleEvent& event) {
   output_.reportText(text);
 }
 
-void ModuleView::showCredentials(const ModuleEvent& event, const char* name, const char* text) {
-  if (!event.credentials) return;
-  const receiver::Credentials& told = *event.credentials;
-  const int version = static_cast<int>(told.encoding);
-  output_.report(text + ("SSID \"" + printable(told.ssid)) + "\", pass phrase \"" +
-                     printable(told.passPhrase) + "\", append bytes " +
-                     (told.append.empty() ? "none" : toHex(told.append)) + ", version " +
-                     std::to_string(version) + " from " + textOf(told.sender),
-                 {{"event", name},
-                  {"ssid", codePoints(told.ssid)},
-                  {"pass_phrase", codePoints(told.passPhrase)},
-                  {"append", toHex(told.append)},
+void ModuleView::showKind(const receiver::CredentialsDecoded& event) {
+  const receiver::Credentials& decoded = event.credentials;
+  const int version = static_cast<int>(decoded.encoding);
+  const std::string text = event.accepted ? "decoded and joining: " : "decoded, but not its network: ";
+  const bool isHidden = !showSecrets_ && !decoded.passPhrase.empty();
+  const std::string passPhrase = isHidden ? "hidden" : '"' + printable(decoded.passPhrase) + '"';
+  output_.report(text + "SSID \"" + printable(decoded.ssid) + "\", pass phrase " + passPhrase +
+                     ", append bytes " + (decoded.append.empty() ? "none" : toHex(decoded.append)) +
+                     ", version " + std::to_string(version) + " from " + textOf(decoded.sender),
+                 {{"event", event.accepted ? "decoded" : "refused"},
+                  {"ssid", jsonText(decoded.ssid)},
+                  {"pass_phrase", isHidden ? Json() : jsonText(decoded.passPhrase)},
+                  {"append", toHex(decoded.append)},
                   {"version", version},
-                  {"sender", textOf(told.sender)},
+                  {"sender", textOf(decoded.sender)},
                   {"frames", event.frames}});
 }
 
-void ModuleView::showDownload(const ModuleEvent& event) {
+void ModuleView::showKind(const receiver::ModuleAnnounced& event) {
+  output_.report("announced itself on UDP port " + std::to_string(event.port) + ": " + printable(event.line),
+                 {{"event", "announced"}, {"port", event.port}, {"line", jsonText(event.line)}});
+}
+
+void ModuleView::showKind(const receiver::InfoRequested& event) {
+  ++requests_;
+  requestFrom_ = event.from;
+  if (std::chrono::steady_clock::now() >= nextRequestsLine_) sumUpRequests();
+}
+
+void ModuleView::sumUpRequests() {
+  if (requests_ == 0) return;
+  nextRequestsLine_ = std::chrono::steady_clock::now() + kRequestsLineEvery;
+  const std::string many = std::to_string(requests_) + " more search requests, the last";
+  output_.report((requests_ == 1 ? "search request" : many) + " from " + printable(requestFrom_),
+                 {{"event", "info_request"}, {"from", jsonText(requestFrom_)}, {"requests", requests_}});
+  requests_ = 0;
+}
+
+void ModuleView::showKind(const receiver::UpgradeRequested& event) {
+  output_.report(event.result < 0 ? "refused an upgrade, ret=" + std::to_string(event.result)
+                                  : "upgrading from " + printable(event.url),
+                 {{"event", "upgrade_request"}, {"url", jsonText(event.url)}, {"ret", event.result}});
+}
+
+void ModuleView::showKind(const receiver::DownloadProgress& event) {
   output_.reportJson({{"event", "download_progress"}, {"percent", event.percent}});
-  output_.showLive(progressBar(event.percent) + "  downloading");
+  const std::string text = "downloading, " + std::to_string(event.percent) + " %";
+  output_.showLive(text, event.percent / 100.0);
   if (event.percent == 0) nextPercent_ = 0;
   if (output_.isLive() || event.percent < nextPercent_) return;
   nextPercent_ = event.percent / kPercentLineEvery * kPercentLineEvery + kPercentLineEvery;
-  output_.reportText("downloading, " + std::to_string(event.percent) + " %");
+  output_.reportText(text);
+}
+
+void ModuleView::showKind(const receiver::DownloadDone& event) {
+  output_.report("the file is whole" + (event.path.empty() ? std::string{} : ": " + printable(event.path)),
+                 {{"event", "download_done"}, {"path", jsonText(event.path)}});
+}
+
+void ModuleView::showKind(const receiver::DownloadFailed& event) {
+  output_.report(
+      "download failed: " + printable(event.reason),
+      {{"event", "download_failed"}, {"problem", jsonText(event.reason)}, {"status", event.status}});
+}
+
+void ModuleView::showKind(const receiver::SendFailed& event) {
+  output_.report("could not send: " + printable(event.reason),
+                 {{"event", "send_failed"}, {"problem", jsonText(event.reason)}});
 }
 
 }  // namespace zor::cli

@@ -4,38 +4,61 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <climits>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "cli/Command.h"
-#include "cli/ExitCode.h"
+#include "cli/Escape.h"
 #include "cli/Interrupt.h"
+#include "cli/TextWriter.h"
+#include "cli/TimeStamp.h"
 
 namespace zor::cli {
 namespace {
 
-constexpr char kEraseLine[] = "\r\x1b[K";  // Carriage return and "erase in line", ECMA-48.
-constexpr std::size_t kUsualWidth = 80;
-constexpr int kLastWaitMs = 500;  ///< How long a reader that is behind may take after an interrupt.
+constexpr std::size_t kDefaultWidth = 80;
 
-std::size_t terminalWidth() {
-  winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
-  return size.ws_col;
+/// True when stdout is a terminal on which a line can be redrawn.
+bool canRedraw() {
+  const char* const kind = std::getenv("TERM");
+  return isatty(STDOUT_FILENO) == 1 && kind != nullptr && std::strcmp(kind, "dumb") != 0;
 }
 
 }  // namespace
 
-Output::Output(const CommonOptions& options, const Interrupt& interrupt)
-    : interrupt_(interrupt),
-      json_(options.json),
-      live_(!options.json && !options.verbose && isatty(STDOUT_FILENO) == 1) {}
+std::size_t terminalWidth() {
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kDefaultWidth;
+  return size.ws_col;
+}
 
-int Output::exitCode() const {
-  return failed_ ? kFailure : kSuccess;
+Output::Output(const CommonOptions& options, const Interrupt& interrupt)
+    : interrupt_(interrupt), json_(options.json), live_(!options.json && !options.verbose && canRedraw()) {}
+
+ExitCode Output::exitCode() const {
+  return failed_ ? ExitCode::failure : ExitCode::success;
+}
+
+ExitCode Output::stoppedCode() const {
+  return interrupt_.exitCode();
+}
+
+bool Output::isGone() const {
+  return gone_ || waitForClosedStdout(0);
+}
+
+void Output::waitWhileUseful() const {
+  waitForClosedStdout(-1);
+}
+
+/// Waits up to `waitMs` until the reader of stdout has closed it or an interrupt came. Returns whether the
+/// reader has.
+bool Output::waitForClosedStdout(int waitMs) const {
+  // Errors and hang-ups are seen without being asked for.
+  pollfd wanted[] = {{STDOUT_FILENO, 0, 0}, {interrupt_.descriptor(), POLLIN, 0}};
+  while (poll(wanted, 2, waitMs) < 0) continue;
+  return wanted[0].revents != 0;
 }
 
 void Output::report(std::string_view text, const Json& event) {
@@ -45,9 +68,9 @@ void Output::report(std::string_view text, const Json& event) {
 
 void Output::reportJson(const Json& event) {
   if (!json_) return;
-  constexpr int kOneLine = -1;
-  constexpr bool kAsciiOnly = true;
-  write(event.dump(kOneLine, ' ', kAsciiOnly) + "\n");
+  Json stamped = event;
+  stamped["time"] = timeStamp();
+  write(jsonLine(stamped) + "\n");
 }
 
 void Output::reportText(std::string_view text) {
@@ -57,46 +80,29 @@ void Output::reportText(std::string_view text) {
 }
 
 void Output::showLive(std::string_view text) {
-  if (!live_) return;
-  // The last column stays free: a full line would wrap and could not be erased.
-  write(kEraseLine + std::string(text.substr(0, terminalWidth() - 1)));
-  drawn_ = true;
+  if (live_) write(liveLine_.draw(text, terminalWidth()));
+}
+
+void Output::showLive(std::string_view text, double share) {
+  if (live_) showLive(withBar(text, share, terminalWidth()));
 }
 
 void Output::complain(std::string_view text) {
   clearLive();
-  std::fprintf(stderr, "zorctl: %.*s\n", static_cast<int>(text.size()), text.data());
+  if (stderrGone_) return;
+  stderrGone_ = writeText(STDERR_FILENO, "zorctl: " + std::string(text) + "\n", interrupt_) != 0;
 }
 
 void Output::clearLive() {
-  if (drawn_) write(kEraseLine);
-  drawn_ = false;
+  write(liveLine_.clear(terminalWidth()));
 }
 
 void Output::write(std::string_view text) {
-  while (!gone_ && !text.empty()) {
-    if (!waitForRoom()) {
-      gone_ = true;
-      return;
-    }
-    // A pipe with room takes as much as this without blocking.
-    const ssize_t count = ::write(STDOUT_FILENO, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
-    if (count >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(count));
-    } else if (errno != EINTR && errno != EAGAIN) {
-      const int error = errno;
-      gone_ = true;
-      failed_ = error != EPIPE;
-      if (failed_) complain(std::string("stdout cannot be written: ") + std::strerror(error));
-    }
-  }
-}
-
-/// Waits until stdout takes more, or has an error to tell. False when an interrupt came and it took no more.
-bool Output::waitForRoom() const {
-  pollfd wanted[] = {{STDOUT_FILENO, POLLOUT, 0}, {interrupt_.descriptor(), POLLIN, 0}};
-  while (poll(wanted, 2, -1) < 0) continue;
-  return wanted[0].revents != 0 || poll(wanted, 1, kLastWaitMs) > 0;
+  if (gone_) return;
+  const int error = writeText(STDOUT_FILENO, text, interrupt_);
+  gone_ = error != 0;
+  failed_ = gone_ && error != EPIPE && error != ETIMEDOUT;
+  if (failed_) complain(std::string("stdout cannot be written: ") + std::strerror(error));
 }
 
 }  // namespace zor::cli

@@ -1,23 +1,26 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <cstddef>
 #include <string>
 #include <string_view>
+
+#include "cli/ExitCode.h"
+#include "cli/JsonText.h"
+#include "cli/LiveLine.h"
 
 namespace zor::cli {
 
 class Interrupt;
 struct CommonOptions;
 
-/// Keeps the keys in the order in which they are given.
-using Json = nlohmann::ordered_json;
-
-/// What a command prints on stdout: lines of text, or with `--json` one JSON object a line. On a terminal,
-/// text may have a live line below it that is drawn over and over, unless log lines are shown too.
+/// What a command prints on stdout: lines of text, or with `--json` one JSON object per line. On a terminal,
+/// text may end in a live line that is redrawn in place, unless log lines are shown too or the terminal
+/// cannot move its cursor (TERM=dumb).
 ///
-/// A stdout that nobody reads any more is no error: what is printed from then on is dropped. So is what a
-/// reader that has stopped reading leaves no room for once `interrupt` is raised; till then printing waits
-/// for it. Any other error is complained of once, and `exitCode` tells of it. One thread.
+/// A stdout whose reader has closed it is no error: what is printed afterwards is dropped. While a reader
+/// does not keep up, printing waits for it; once `interrupt` is raised, what it does not take within half a
+/// second is dropped; the same holds for stderr. Any other error is reported once on stderr and makes
+/// `exitCode` a failure. For one thread.
 class Output {
  public:
   /// `interrupt` outlives this.
@@ -29,41 +32,55 @@ class Output {
   /// True when live lines are shown.
   bool isLive() const { return live_; }
 
-  /// True without JSON.
+  /// True without `--json`.
   bool isText() const { return !json_; }
 
-  /// True once stdout took no more.
-  bool isGone() const { return gone_; }
+  /// True once nothing more can be printed on stdout: an error came, or its reader has closed it.
+  bool isGone() const;
 
-  /// The `ExitCode` of a command that did what it was asked for: a failure when stdout could not be written.
-  int exitCode() const;
+  /// Blocks until the reader of stdout has closed it or an interrupt came. Any thread.
+  void waitWhileUseful() const;
 
-  /// Prints `text`, escaped already, or `event`, whichever form is asked for.
+  /// The exit code of a command that found no other problem: a failure when stdout could not be written.
+  ExitCode exitCode() const;
+
+  /// The exit code of a command that a signal stopped before it was done.
+  ExitCode stoppedCode() const;
+
+  /// Prints `text`, which is escaped already, or with JSON `event`.
   void report(std::string_view text, const Json& event);
 
-  /// Prints `event` with JSON and nothing otherwise.
+  /// Prints `event`, followed by the key "time", with JSON and nothing otherwise.
   void reportJson(const Json& event);
 
   /// Prints `text` without JSON and nothing otherwise.
   void reportText(std::string_view text);
 
-  /// Draws the live line anew, cut at the terminal's width; nothing when lines are not live.
+  /// Redraws the live line, escaped already and cut at the terminal's width; does nothing when lines are not
+  /// live.
   void showLive(std::string_view text);
 
-  /// Prints one line on stderr, with JSON too. The live line is cleared first.
+  /// Likewise, with a bar of which `share`, 0 to 1, is filled in what the width leaves after `text`.
+  void showLive(std::string_view text, double share);
+
+  /// Clears the live line and prints one line on stderr, with JSON too.
   void complain(std::string_view text);
 
  private:
   void clearLive();
   void write(std::string_view text);
-  bool waitForRoom() const;
+  bool waitForClosedStdout(int waitMs) const;
 
   const Interrupt& interrupt_;
   bool json_;
   bool live_;
-  bool drawn_ = false;
-  bool gone_ = false;
-  bool failed_ = false;
+  LiveLine liveLine_;
+  bool gone_ = false;        ///< Nothing more can be printed.
+  bool stderrGone_ = false;  ///< Nothing more can be printed on stderr.
+  bool failed_ = false;      ///< Stdout had an error other than a closed reader.
 };
+
+/// The columns of the terminal on stdout; 80 when there is none.
+std::size_t terminalWidth();
 
 }  // namespace zor::cli

@@ -1,6 +1,8 @@
 #include "cli/Pace.h"
 
+#include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -12,19 +14,6 @@ namespace {
 
 constexpr std::size_t kMulticastLengthBase = 0;
 constexpr std::size_t kBroadcastLengthBase = 7;
-
-struct NamedPace {
-  const char* name;
-  Pace pace;
-};
-constexpr NamedPace kNamedPaces[] = {
-    // What the library does unless told otherwise.
-    {"default", {30, 30, 100, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5}},
-    // The shortest intervals, so the most load on the network.
-    {"fast", {30, 8, 0, 0, 1, 1, 5, 30, 9, 100, 0, 1, 1, 5}},
-    // Somewhat longer intervals than fast, and the same repeats.
-    {"robust", {30, 12, 0, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5}},
-};
 
 /// The separated words of `text`; commas and line ends separate as blanks do.
 std::istringstream words(std::string text) {
@@ -39,7 +28,7 @@ std::uint8_t readValue(const std::string& word) {
   const char* const end = word.data() + word.size();
   const auto [parsed, error] = std::from_chars(word.data(), end, value);
   if (error != std::errc() || parsed != end) {
-    throw WrongUse("'" + printable(word) + "' is no pacing value: give whole numbers from 0 to 255");
+    throw WrongUse("'" + printable(word) + "' is not a pacing value: give whole numbers from 0 to 255");
   }
   return value;
 }
@@ -54,12 +43,19 @@ Pace readValues(const std::string& text) {
   }
   if (count != pace.size()) {
     throw WrongUse("--pace takes 14 values and got " + std::to_string(count) +
-                   ": 'zorctl provision --help' names them");
+                   ": see 'zorctl provision --help'");
   }
   if (pace[kMulticastLengthBase] == 0 && pace[kBroadcastLengthBase] == 0) {
-    throw WrongUse("--pace switches both channels off: make value 1 or value 8 more than 0");
+    throw WrongUse("--pace switches both channels off: make value 1 or value 8 greater than 0");
   }
   return pace;
+}
+
+/// "default, fast, ...".
+std::string paceNames() {
+  std::string names;
+  for (const ZorPace& pace : kZorPaces) names += (names.empty() ? "" : ", ") + std::string(pace.name);
+  return names;
 }
 
 std::string readFile(const std::string& name) {
@@ -67,8 +63,9 @@ std::string readFile(const std::string& name) {
   std::string text;
   for (std::string line; std::getline(file, line);) text += line.substr(0, line.find('#')) + "\n";
   if (!file.eof()) {
-    throw WrongUse("--pace: cannot read the file '" + printable(name) +
-                   "': give 14 values with commas between, or a file that holds them");
+    throw WrongUse("--pace: '" + printable(name) + "' is no pace and no file that can be read (" +
+                   std::strerror(errno) + "): give " + paceNames() +
+                   ", 14 values separated by commas, or a file that holds them");
   }
   return text;
 }
@@ -76,9 +73,7 @@ std::string readFile(const std::string& name) {
 }  // namespace
 
 Pace readPace(const std::string& argument) {
-  for (const NamedPace& named : kNamedPaces) {
-    if (argument == named.name) return named.pace;
-  }
+  if (const ZorPace* const named = ZorFindPace(argument)) return named->values;
   const bool isList = argument.find_first_not_of("0123456789, \t") == std::string::npos;
   return readValues(isList ? argument : readFile(argument));
 }

@@ -1,19 +1,19 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <string>
+
+#include "ZOR/ZorSuite.h"
 
 namespace zor::cli {
 
 /// The fourteen pacing values of a version 5 run in the order of `ZorSuite::SmartConfigV5_SetProperty`: for
 /// the multicast channel, then for the broadcast channel, the length base, the intervals after a datagram, a
 /// cycle and a block in milliseconds, and the repeats of sync datagrams, data and cycles.
-using Pace = std::array<std::uint8_t, 14>;
+using Pace = decltype(ZorPace::values);
 
-/// Reads what `--pace` was given: "default", "fast" or "robust"; fourteen values 0..255 with commas or blanks
-/// between; or the name of a file that holds them, line ends between too and comments from '#' to the end of
-/// the line. Throws `WrongUse` for anything else, and for values that switch both channels off.
+/// Reads the argument of `--pace`: the name of one of `kZorPaces`; fourteen values 0..255 separated by commas
+/// or blanks; or the name of a file that holds them, also separated by line ends, with comments from '#' to
+/// the end of the line. Throws `WrongUse` for anything else, and for values that switch both channels off.
 Pace readPace(const std::string& argument);
 
 }  // namespace zor::cli

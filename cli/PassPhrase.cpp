@@ -1,50 +1,74 @@
 #include "cli/PassPhrase.h"
 
+#include <fcntl.h>
 #include <poll.h>
-#include <termios.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <fstream>
+#include <cerrno>
+#include <cstring>
 
+#include "ZOR/ZorSuite.h"
 #include "cli/Escape.h"
 #include "cli/ExitCode.h"
-#include "cli/Payload.h"
+#include "cli/HiddenLine.h"
 
 namespace zor::cli {
 namespace {
 
-/// Stops the terminal from showing what is typed, as long as it lives.
-class NoEcho {
+constexpr char kStandardInput[] = "-";
+// One byte more than the longest pass phrase and its line end, to notice one that is too long.
+constexpr std::size_t kMaxRead = kZorMaxPassPhraseLength + 3;
+
+/// A file that is open while this lives.
+class File {
  public:
-  NoEcho() {
-    tcgetattr(STDIN_FILENO, &before_);
-    termios silent = before_;
-    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
+  /// Does not wait for the other end of a pipe.
+  explicit File(const std::string& name)
+      : descriptor_(name == kStandardInput ? dup(STDIN_FILENO)
+                                           : open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
+  ~File() {
+    if (descriptor_ >= 0) close(descriptor_);
   }
-  ~NoEcho() {
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
-    std::fputc('\n', stderr);
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  /// False when it could not be opened; errno says why.
+  bool isOpen() const { return descriptor_ >= 0; }
+
+  /// Waits for more and appends it to `text`. Returns whether there was more; sets `error` if it failed.
+  bool readMore(std::string& text, const Interrupt& interrupt, int& error) const {
+    char bytes[kMaxRead];
+    pollfd wanted[] = {{descriptor_, POLLIN, 0}, {interrupt.descriptor(), POLLIN, 0}};
+    ssize_t count = 0;
+    do {
+      while (poll(wanted, 2, -1) < 0) continue;
+      if (interrupt.raised())
+        throw Stopped("stopped before the pass phrase was read; nothing was sent", interrupt.exitCode());
+      count = read(descriptor_, bytes, kMaxRead - text.size());
+    } while (count < 0 && (errno == EINTR || errno == EAGAIN));
+    error = count < 0 ? errno : 0;
+    if (count > 0) text.append(bytes, static_cast<std::size_t>(count));
+    return count > 0;
   }
-  NoEcho(const NoEcho&) = delete;
-  NoEcho& operator=(const NoEcho&) = delete;
 
  private:
-  termios before_{};
+  int descriptor_;
 };
 
-/// One line from the terminal, which hands it out whole.
-std::string readLine(const Interrupt& interrupt) {
-  pollfd wanted[] = {{STDIN_FILENO, POLLIN, 0}, {interrupt.descriptor(), POLLIN, 0}};
-  while (!interrupt.raised() && poll(wanted, 2, -1) < 0) continue;
-  if (interrupt.raised()) throw RunFailure("stopped before the pass phrase was given; nothing was sent");
-  char line[4096];  // As much as a terminal takes in one line.
-  const ssize_t count = read(STDIN_FILENO, line, sizeof line);
-  if (count <= 0)
-    throw WrongUse("no pass phrase was given: type one, or only the return key for an open network");
-  std::string text(line, static_cast<std::size_t>(count));
-  if (text.ends_with('\n')) text.pop_back();
+[[noreturn]] void refuse(const std::string& name, const std::string& why) {
+  throw WrongUse("--pass-file: '" + printable(name) + "' " + why);
+}
+
+/// The beginning of the file, all of it if it is short enough.
+std::string readStart(const std::string& name, const Interrupt& interrupt) {
+  const File file(name);
+  int error = file.isOpen() ? 0 : errno;
+  std::string text;
+  while (error == 0 && text.size() < kMaxRead && file.readMore(text, interrupt, error)) continue;
+  if (error != 0) {
+    refuse(name, std::string("cannot be read: ") + std::strerror(error) +
+                     "; give a file that holds the pass phrase");
+  }
   return text;
 }
 
@@ -53,39 +77,37 @@ std::string readLine(const Interrupt& interrupt) {
 std::string askPassPhrase(std::string_view ssid, const Interrupt& interrupt) {
   if (isatty(STDIN_FILENO) != 1) {
     throw WrongUse(
-        "no terminal to ask for the pass phrase on: give --pass or --pass-file (--pass '' for an open "
-        "network)");
+        "there is no terminal to ask for the pass phrase on: give --pass or --pass-file (--pass '' for an "
+        "open network)");
   }
-  std::fprintf(stderr, "Pass phrase of \"%s\" (empty for an open network): ", printable(ssid).c_str());
-  const NoEcho noEcho;
-  return readLine(interrupt);
+  return askHidden("Pass phrase of \"" + printable(ssid) + "\" (empty for an open network): ", interrupt);
 }
 
-std::string readPassPhraseFile(const std::string& name) {
-  std::ifstream file(name, std::ios::binary);
-  // One byte more than the longest pass phrase and its line end shows what is too long.
-  char bytes[kLongestPassPhrase + 3];
-  file.read(bytes, sizeof bytes);
-  if (file.bad() || (!file.eof() && file.gcount() == 0)) {
-    throw WrongUse("--pass-file: cannot read '" + printable(name) +
-                   "': give a file that holds the pass phrase");
-  }
-  std::string text(bytes, static_cast<std::size_t>(file.gcount()));
+std::string readPassPhraseFile(const std::string& name, const Interrupt& interrupt) {
+  const bool isTyped = name == kStandardInput && isatty(STDIN_FILENO) == 1;
+  std::string text = isTyped ? askHidden("Pass phrase: ", interrupt) : readStart(name, interrupt);
   if (text.ends_with('\n')) text.pop_back();
   if (text.ends_with('\r')) text.pop_back();
-  if (text.empty()) {
-    throw WrongUse("--pass-file: '" + printable(name) +
-                   "' holds no pass phrase: use --pass '' for an open network");
-  }
-  if (text.find('\n') != std::string::npos || text.find('\0') != std::string::npos) {
-    throw WrongUse("--pass-file: '" + printable(name) +
-                   "' holds more than a pass phrase: leave one line in it");
-  }
-  if (text.size() > kLongestPassPhrase) {
-    throw WrongUse("--pass-file: '" + printable(name) + "' holds more than " +
-                   std::to_string(kLongestPassPhrase) + " bytes: give a shorter pass phrase");
+  if (text.empty()) refuse(name, "holds no pass phrase: use --pass '' for an open network");
+  if (text.find('\n') != std::string::npos || text.find('\0') != std::string::npos)
+    refuse(name, "holds more than a pass phrase: leave one line in it");
+  if (text.size() > kZorMaxPassPhraseLength) {
+    refuse(name, "holds more than " + std::to_string(kZorMaxPassPhraseLength) +
+                     " bytes: give a shorter pass phrase");
   }
   return text;
+}
+
+std::string passPhraseWarning(std::string_view passPhrase) {
+  constexpr std::size_t kMinLength = 8;  // These limits are those of IEEE 802.11, annex J.4.
+  constexpr std::size_t kMaxLength = 63;
+  constexpr std::size_t kKeyDigits = 64;  // A key of 256 bits.
+  const bool isKey = passPhrase.size() == kKeyDigits &&
+                     passPhrase.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+  const bool isPhrase = passPhrase.size() >= kMinLength && passPhrase.size() <= kMaxLength;
+  if (passPhrase.empty() || isPhrase || isKey) return {};
+  return "no WPA network has a pass phrase of " + std::to_string(passPhrase.size()) +
+         " bytes: they have 8 to 63, or 64 hexadecimal digits; it is sent as it is";
 }
 
 }  // namespace zor::cli

@@ -13,9 +13,10 @@ struct Payload {
   std::vector<std::uint8_t> append;
 };
 
-inline constexpr std::size_t kLongestPassPhrase = 64;
+/// True when the three together fit a packet.
+bool fits(const Payload& payload);
 
-/// Throws `WrongUse` when a field is too long, or when all of them together do not fit a packet.
+/// Throws `WrongUse` when the SSID is empty, a field is too long, or the three together do not fit a packet.
 void checkLengths(const Payload& payload);
 
 }  // namespace zor::cli

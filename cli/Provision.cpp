@@ -1,30 +1,40 @@
+#include <chrono>
+#include <cstddef>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "cli/Command.h"
+#include "cli/Ending.h"
 #include "cli/Hex.h"
+#include "cli/InterfaceOption.h"
+#include "cli/Interrupt.h"
+#include "cli/LogLines.h"
+#include "cli/Output.h"
+#include "cli/Pace.h"
 #include "cli/PassPhrase.h"
+#include "cli/Payload.h"
 #include "cli/ProvisionRun.h"
 
 namespace zor::cli {
 namespace {
 
-constexpr int kLongestTimeoutSeconds = 2'147'483;  // As many as 32 bits hold in milliseconds.
-constexpr int kMostExpected = 1024;
+constexpr int kMaxTimeoutSeconds = 2'147'483;  ///< 24 days: the library counts milliseconds in 32 bits.
+constexpr int kMaxExpected = 1024;
 
 struct ProvisionOptions : CommonOptions {
   std::string ssid;
-  std::string passPhrase;
-  std::string passPhraseFile;
-  std::string append;
-  std::string pace;
+  std::optional<std::string> passPhrase;
+  std::optional<std::string> passPhraseFile;
+  std::optional<std::string> append;
+  std::optional<std::string> pace;
+  std::string module;
+  std::string interface;
   int timeoutSeconds = 100;
+  int lingerSeconds = 10;
   int expected = 1;
   bool version3 = false;
   bool mixed = false;
-  const CLI::Option* passPhraseOption = nullptr;
-  const CLI::Option* passPhraseFileOption = nullptr;
-  const CLI::Option* appendOption = nullptr;
-  const CLI::Option* paceOption = nullptr;
 };
 
 SendMode modeOf(const ProvisionOptions& options) {
@@ -32,69 +42,93 @@ SendMode modeOf(const ProvisionOptions& options) {
   return options.mixed ? SendMode::mixed : SendMode::version5;
 }
 
-/// All of the plan but the pass phrase, which may have to be asked for.
+/// The plan without the pass phrase, which may have to be asked for.
 ProvisionPlan readPlan(const ProvisionOptions& options) {
   ProvisionPlan plan;
   plan.payload.ssid = options.ssid;
-  plan.payload.append = fromHex(options.append);
-  plan.appendGiven = options.appendOption->count() > 0;
+  plan.appendGiven = options.append.has_value();
+  if (options.append) plan.payload.append = fromHex(*options.append);
   plan.mode = modeOf(options);
   plan.timeout = std::chrono::seconds(options.timeoutSeconds);
+  plan.linger = std::chrono::seconds(options.lingerSeconds);
+  plan.module = options.module;
+  plan.interface = options.interface;
   plan.expected = static_cast<std::size_t>(options.expected);
-  if (options.paceOption->count() > 0) plan.pace = readPace(options.pace);
+  if (options.pace) plan.pace = readPace(*options.pace);
   checkLengths(plan.payload);
   return plan;
 }
 
 std::string readPassPhrase(const ProvisionOptions& options, const Interrupt& interrupt) {
-  if (options.passPhraseOption->count() > 0) return options.passPhrase;
-  if (options.passPhraseFileOption->count() > 0) return readPassPhraseFile(options.passPhraseFile);
+  if (options.passPhrase) return *options.passPhrase;
+  if (options.passPhraseFile) return readPassPhraseFile(*options.passPhraseFile, interrupt);
   return askPassPhrase(options.ssid, interrupt);
 }
 
-int provision(const ProvisionOptions& options) {
+ExitCode provision(const ProvisionOptions& options) {
   ProvisionPlan plan = readPlan(options);
+  useInterface(plan.interface);
   const LogLines logLines(options.verbose);
   const Interrupt interrupt;
   plan.payload.passPhrase = readPassPhrase(options, interrupt);
   checkLengths(plan.payload);
   Output output(options, interrupt);
-  return ProvisionRun(plan, interrupt, logLines, output).run();
+  const std::string warning = passPhraseWarning(plan.payload.passPhrase);
+  if (!warning.empty()) output.complain(warning);
+  return finish(output, ProvisionRun(plan, interrupt, output).run());
 }
 
 void addCredentialOptions(CLI::App& command, ProvisionOptions& options) {
-  command.add_option("--ssid", options.ssid, "Name of the network, at most 32 bytes")->required();
-  CLI::Option* const pass = command.add_option("--pass", options.passPhrase,
-                                               "Its pass phrase, at most 64 bytes, '' for an open network; "
-                                               "other users may see it in the process list");
-  CLI::Option* const passFile =
-      command.add_option("--pass-file", options.passPhraseFile,
-                         "File that holds the pass phrase in one line; with neither "
-                         "option it is asked for on the terminal");
+  command.add_option("--ssid", options.ssid, "Name of the network, at most 32 bytes")
+      ->option_text("SSID")
+      ->required();
+  CLI::Option* const pass = addTextOption(command, "--pass", options.passPhrase,
+                                          "Its pass phrase, at most 64 bytes, '' for an open network; "
+                                          "other users may see it in the process list",
+                                          "TEXT");
+  CLI::Option* const passFile = addTextOption(command, "--pass-file", options.passPhraseFile,
+                                              "File that holds the pass phrase in one line, - for standard "
+                                              "input; with neither option it is asked for on the terminal",
+                                              "FILE");
   pass->excludes(passFile);
-  options.passPhraseOption = pass;
-  options.passPhraseFileOption = passFile;
 }
 
 void addSendingOptions(CLI::App& command, ProvisionOptions& options) {
-  command.add_option("--timeout", options.timeoutSeconds, "Seconds after which to give up")
-      ->check(CLI::Range(1, kLongestTimeoutSeconds))
+  command.add_option("--timeout", options.timeoutSeconds, "Time after which to stop sending")
+      ->option_text("SECONDS")
+      ->check(CLI::Range(1, kMaxTimeoutSeconds))
       ->capture_default_str();
-  CLI::Option* const append = command.add_option(
-      "--append", options.append,
-      "Up to 16 bytes of application data in hexadecimal, instead of the listening port's");
+  addInterfaceOption(command, options.interface);
+  CLI::Option* const append = addTextOption(
+      command, "--append", options.append,
+      "Up to 16 bytes of application data in hexadecimal, in place of the listening port", "HEX");
   CLI::Option* const version3 =
       command.add_flag("--v3", options.version3, "Send version 3 instead of version 5");
   CLI::Option* const mixed =
       command.add_flag("--mix-v3", options.mixed, "Mix version 3 frames into version 5");
-  CLI::Option* const pace = command.add_option(
-      "--pace", options.pace,
-      "default, fast, robust, or 14 values 0..255 with commas between, or a file of them: multicast length "
-      "base, milliseconds after each datagram, cycle and block, repeats of sync, data and cycles, then the "
-      "same for broadcast");
+  CLI::Option* const pace = addTextOption(
+      command, "--pace", options.pace,
+      "default, fast, robust, 14 values 0..255 separated by commas, or a file that holds them: multicast "
+      "length base, milliseconds after each datagram, cycle and block, repeats of sync, data and cycles, "
+      "then the same for broadcast",
+      "PACE");
   version3->excludes(mixed)->excludes(append)->excludes(pace);
-  options.appendOption = append;
-  options.paceOption = pace;
+}
+
+void addWaitingOptions(CLI::App& command, ProvisionOptions& options) {
+  CLI::Option* const expect = command
+                                  .add_option("--expect", options.expected,
+                                              "Stop once this many new modules have announced themselves")
+                                  ->option_text("COUNT")
+                                  ->check(CLI::Range(1, kMaxExpected))
+                                  ->capture_default_str();
+  command.add_option("--module", options.module, "Stop once the module of this id has announced itself")
+      ->option_text("ID")
+      ->excludes(expect);
+  command.add_option("--linger", options.lingerSeconds, "Time to listen on after the time-out")
+      ->option_text("SECONDS")
+      ->check(CLI::Range(0, kMaxTimeoutSeconds))
+      ->capture_default_str();
 }
 
 }  // namespace
@@ -102,12 +136,10 @@ void addSendingOptions(CLI::App& command, ProvisionOptions& options) {
 Command addProvision(CLI::App& app) {
   const auto options = std::make_shared<ProvisionOptions>();
   CLI::App* const command =
-      app.add_subcommand("provision", "Tell new modules the network, and wait until they join");
+      app.add_subcommand("provision", "Send a network's credentials to new modules and wait until they join");
   addCredentialOptions(*command, *options);
   addSendingOptions(*command, *options);
-  command->add_option("--expect", options->expected, "Modules after which to stop")
-      ->check(CLI::Range(1, kMostExpected))
-      ->capture_default_str();
+  addWaitingOptions(*command, *options);
   addCommonOptions(*command, *options);
   command->footer("Example: zorctl provision --ssid Home --pass-file ~/home.txt --timeout 60");
   return {command, [options] { return provision(*options); }};

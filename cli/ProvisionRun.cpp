@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
+#include <vector>
 
 #include "cli/Escape.h"
 #include "cli/ExitCode.h"
+#include "cli/FoundModules.h"
 #include "cli/Hex.h"
 #include "cli/MainQueue.h"
-#include "cli/ProgressBar.h"
+#include "cli/ProvisionProblem.h"
+#include "cli/Route.h"
 #include "cli/SmartConfigText.h"
 
 namespace zor::cli {
@@ -17,13 +21,15 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-constexpr std::int32_t kDefaultPort = 25010;  ///< Where modules announce themselves unless told otherwise.
 constexpr std::int32_t kAutomaticPort = 0;
-constexpr std::uint8_t kPortRecord = 1;
+constexpr std::int32_t kNoTimeout = std::numeric_limits<std::int32_t>::max();
 
-constexpr int kLookMs = 100;  ///< How soon the end of a sender is noticed, and the pace of the live line.
-constexpr seconds kJsonProgress{1};
-constexpr seconds kTextProgress{10};
+constexpr milliseconds kPoll{100};  ///< How often the senders are checked and the live line is redrawn.
+constexpr milliseconds kStandStill{1000};  ///< A wait that is longer than asked for by so much is no delay.
+
+// The search ahead of the run: half a second, in which a module that repeats its announcement is heard too.
+constexpr std::int32_t kSearchRequests = 5;
+constexpr std::int32_t kSearchIntervalMs = 100;
 
 bool sendersRun() {
   return s_threadSmartConfigMc || s_threadSmartConfigBc;
@@ -43,164 +49,201 @@ const char* modeName(SendMode mode) {
 
 }  // namespace
 
-ProvisionRun::ProvisionRun(const ProvisionPlan& plan, const Interrupt& interrupt, const LogLines& logLines,
-                           Output& output)
+ProvisionRun::ProvisionRun(const ProvisionPlan& plan, const Interrupt& interrupt, Output& output)
     : plan_(plan),
       interrupt_(interrupt),
-      logLines_(logLines),
       output_(output),
-      modules_(std::make_shared<FoundModules>(
-          [&output](const FoundModule& module) { output.report(foundText(module), foundEvent(module)); })),
-      append_(plan.payload.append) {
+      progress_(output),
+      modules_(std::make_shared<NewModules>(output, [this] { return packetSentWhole(); })),
+      payload_(plan.payload),
+      frames_(plan, plan.payload) {
   suite_.setDelegate(modules_);
 }
 
-int ProvisionRun::run() {
+Ending ProvisionRun::run() {
   openListener();
   namePort();
-  tellStart();
-  startSenders();
-  started_ = sendersRun();
-  follow();
+  reportStart();
+  findEarlierModules();
+  send();
+  linger();
   stop();
-  return tellEnd();
+  return ending();
 }
 
 void ProvisionRun::openListener() {
-  // A version 3 run cannot name a port to the module.
-  port_ = suite_.SmartConfigOnlineListen(plan_.mode == SendMode::version3 ? kDefaultPort : kAutomaticPort);
+  // A version 3 run cannot name a port to modules.
+  port_ = suite_.SmartConfigOnlineListen(plan_.mode == SendMode::version3 ? kZorAnnouncementPort
+                                                                          : kAutomaticPort);
   if (port_ >= 0) return;
   if (plan_.mode == SendMode::version3) {
     throw RunFailure(
-        "UDP port 25010 could not be opened and version 3 knows no other: end the program that holds it");
+        "UDP port 25010 could not be opened and version 3 supports no other: end the program that holds it");
   }
   throw RunFailure(
       "no UDP port from 25010 up could be opened: check 'ulimit -n' and the permission to use sockets");
 }
 
-/// Tells the module in the append bytes where to announce itself, unless that is the usual port or the user
-/// gave other bytes.
+/// Names the listening port in the append bytes, unless it is the default or the user chose those bytes.
 void ProvisionRun::namePort() {
-  if (port_ == kDefaultPort) return;
+  if (port_ == kZorAnnouncementPort) return;
   if (plan_.appendGiven) {
-    output_.complain("UDP port 25010 is taken, so this listens on port " + std::to_string(port_) +
-                     "; the module learns of it only if the --append bytes name it");
+    output_.complain("UDP port 25010 is taken, so announcements are expected on port " +
+                     std::to_string(port_) + "; modules know that only if the --append bytes name it");
     return;
   }
-  append_ = {kPortRecord, static_cast<std::uint8_t>(port_ % 256), static_cast<std::uint8_t>(port_ / 256)};
-  Payload withPort = plan_.payload;
-  withPort.append = append_;
-  try {
-    checkLengths(withPort);
-  } catch (const WrongUse&) {
-    throw RunFailure("UDP port 25010 is taken, and SSID and pass phrase leave no room to name port " +
-                     std::to_string(port_) + ": end the program that holds port 25010");
-  }
+  const auto record = ZorMakePortRecord(port_);
+  payload_.append.assign(record.begin(), record.end());
+  frames_ = PacketFrames(plan_, payload_);
+  if (fits(payload_)) return;
+  throw RunFailure("UDP port 25010 is taken, and SSID and pass phrase leave no room to name port " +
+                   std::to_string(port_) + ": end the program that holds port 25010");
+}
+
+void ProvisionRun::reportStart() {
+  const std::string& ssid = payload_.ssid;
+  const std::string append = toHex(payload_.append);
+  const std::string appendText = append.empty() ? "no append bytes" : "append bytes " + append;
+  const Route multicast = findRoute(kMulticastDestination, plan_.interface);
+  const Route broadcast = findRoute(kBroadcastDestination, plan_.interface);
+  output_.report("sending \"" + printable(ssid) + "\" as " + modeName(plan_.mode) + ", " + appendText +
+                     ", for up to " + std::to_string(plan_.timeout.count()) + " s; listening on UDP port " +
+                     std::to_string(port_) + "; " + routesText(multicast, broadcast),
+                 {{"event", "started"},
+                  {"ssid", jsonText(ssid)},
+                  {"encoding", modeName(plan_.mode)},
+                  {"append", append},
+                  {"timeout_seconds", plan_.timeout.count()},
+                  {"linger_seconds", plan_.linger.count()},
+                  {"port", port_},
+                  {"multicast", routeJson(multicast)},
+                  {"broadcast", routeJson(broadcast)}});
+}
+
+/// Asks which modules are on the network, so that these are not taken for new ones.
+void ProvisionRun::findEarlierModules() {
+  suite_.DeviceSearchSetProperty(kSearchIntervalMs, kSearchRequests);
+  suite_.DeviceSearch();
+  while (s_threadDeviceSearch && !interrupt_.raised()) wait(kPoll / 5);
+  s_threadDeviceSearch.cancel();
+  s_threadDeviceSearch.waitUntilEmpty();
+  ZorRunMainQueue(0);
 }
 
 void ProvisionRun::startSenders() {
-  const Payload& payload = plan_.payload;
-  const auto timeoutMs = static_cast<std::int32_t>(milliseconds(plan_.timeout).count());
-  start_ = nextProgress_ = Clock::now();
+  start_ = Clock::now();
+  isSending_ = true;
   if (plan_.mode == SendMode::version3) {
-    suite_.SmartConfigV3_Start(payload.ssid, payload.passPhrase, timeoutMs);
+    suite_.SmartConfigV3_Start(payload_.ssid, payload_.passPhrase, kNoTimeout);
     return;
   }
   if (plan_.pace) suite_.SmartConfigV5_SetProperty(plan_.pace->data(), plan_.pace->size());
   suite_.SmartConfigV5_MixV3Enable(plan_.mode == SendMode::mixed);
-  suite_.SmartConfigV5_Append(append_.empty() ? nullptr : append_.data(), append_.size());
-  suite_.SmartConfigV5_Start(payload.ssid, payload.passPhrase, timeoutMs);
+  const std::vector<std::uint8_t>& append = payload_.append;
+  suite_.SmartConfigV5_Append(append.empty() ? nullptr : append.data(), append.size());
+  suite_.SmartConfigV5_Start(payload_.ssid, payload_.passPhrase, kNoTimeout);
 }
 
-void ProvisionRun::follow() {
-  while (sendersRun() && !enoughFound() && !interrupt_.raised()) {
-    tellFailedChannel();
-    tellProgress();
-    runMainQueueFor(kLookMs, interrupt_);
-  }
+void ProvisionRun::send() {
+  startSenders();
+  follow(plan_.timeout, true);
+  stopSenders();
+}
+
+/// Ends the senders and leaves the listener: a cancelled sender does not end it.
+void ProvisionRun::stopSenders() {
+  s_threadSmartConfigBc.cancel();
+  s_threadSmartConfigMc.cancel();
+  s_threadSmartConfigBc.waitUntilEmpty();
+  s_threadSmartConfigMc.waitUntilEmpty();
+}
+
+/// Listens on, since joining takes a module seconds, unless no module can have heard anything.
+void ProvisionRun::linger() {
+  if (packetSentWhole()) follow(plan_.linger, false);
   interrupted_ = interrupt_.raised() && !enoughFound();
 }
 
-/// Ends the workers that still run and takes in what the listener has heard till then.
+/// Ends the listener, then delivers what it has heard.
 void ProvisionRun::stop() {
-  suite_.SmartConfigStop();
-  s_threadSmartConfigBc.waitUntilEmpty();
-  s_threadSmartConfigMc.waitUntilEmpty();
+  s_threadSmartOnlineListen.cancel();
   s_threadSmartOnlineListen.waitUntilEmpty();
   ZorRunMainQueue(0);
-  tellFailedChannel();
 }
 
-void ProvisionRun::tellStart() {
-  const std::string ssid = plan_.payload.ssid;
-  const std::string append = append_.empty() ? "no append bytes" : "append bytes " + toHex(append_);
-  output_.report("telling modules of \"" + printable(ssid) + "\" in " + modeName(plan_.mode) + ", " + append +
-                     ", for up to " + std::to_string(plan_.timeout.count()) + " s; listening on UDP port " +
-                     std::to_string(port_),
-                 {{"event", "started"},
-                  {"ssid", codePoints(ssid)},
-                  {"encoding", modeName(plan_.mode)},
-                  {"append", toHex(append_)},
-                  {"timeout_seconds", plan_.timeout.count()},
-                  {"port", port_}});
+/// Follows one phase of the run to its end.
+void ProvisionRun::follow(seconds phase, bool sending) {
+  const Clock::time_point end = Clock::now() + phase;
+  while (!enoughFound() && !interrupt_.raised()) {
+    const Clock::duration left = end - Clock::now();
+    look(sending, std::max(left, Clock::duration::zero()), phase);
+    if (left <= Clock::duration::zero() || (sending && !sendersRun())) return;
+    wait(std::min(kPoll, std::chrono::ceil<milliseconds>(left)));
+  }
 }
 
-void ProvisionRun::tellProgress() {
-  const auto now = Clock::now();
-  const auto passed = std::min<Clock::duration>(now - start_, plan_.timeout);
-  const auto percent = static_cast<int>(passed * 100 / plan_.timeout);
-  const auto left = std::chrono::ceil<seconds>(plan_.timeout - passed).count();
-  const std::string timeLeft = std::to_string(left) + " s left";
-  output_.showLive(progressBar(percent) + "  " + timeLeft);
-  if (output_.isLive() || now < nextProgress_) return;
-  nextProgress_ += output_.isText() ? kTextProgress : kJsonProgress;
-  output_.report(std::to_string(percent) + " %, " + timeLeft,
-                 {{"event", "progress"}, {"percent", percent}, {"seconds_left", left}});
+void ProvisionRun::look(bool sending, Clock::duration left, seconds phase) {
+  const ZorRunReport report = suite_.SmartConfigReport();
+  failedMulticasts_.look(report.multicast.failedSends, report.multicast.error, output_);
+  failedBroadcasts_.look(report.broadcast.failedSends, report.broadcast.error, output_);
+  reportFailedChannel(report);
+  progress_.show({.report = report,
+                  .found = modules_->count(),
+                  .expected = plan_.expected,
+                  .sending = sending,
+                  .left = std::chrono::ceil<milliseconds>(left),
+                  .phase = std::max<milliseconds>(phase, milliseconds(1))});
 }
 
-/// A channel that fails does not end the run while the other one goes on.
-void ProvisionRun::tellFailedChannel() {
+void ProvisionRun::wait(milliseconds limit) {
+  const Clock::duration late =
+      runMainQueueFor(static_cast<int>(limit.count()), interrupt_) - Clock::duration(limit);
+  if (late > kStandStill) stoodStill_ += late;
+}
+
+/// A channel that fails does not end the run while the other one continues.
+void ProvisionRun::reportFailedChannel(const ZorRunReport& report) {
   const std::int32_t status = s_ZorDevice.smartStatus;
   if (status >= 0 || status == failure_) return;
   failure_ = status;
-  output_.complain(explainSmartConfig(status));
-  output_.reportJson(
-      {{"event", "channel_failed"}, {"status", status}, {"problem", explainSmartConfig(status)}});
+  const bool isMulticast = status > kZorBroadcastSync1Failed;
+  const std::string problem =
+      explainSmartConfig(status, (isMulticast ? report.multicast : report.broadcast).error.number);
+  output_.complain(problem);
+  output_.reportJson({{"event", "channel_failed"}, {"status", status}, {"problem", problem}});
 }
 
-/// Why the run failed, empty when it did not.
-std::string ProvisionRun::problem() const {
+bool ProvisionRun::enoughFound() const {
+  return plan_.module.empty() ? modules_->count() >= plan_.expected : modules_->hasNew(plan_.module);
+}
+
+bool ProvisionRun::packetSentWhole() {
+  return isSending_ && frames_.sentWhole(suite_.SmartConfigReport());
+}
+
+/// Why the run failed; empty when it did not.
+std::string ProvisionRun::problem() {
   if (enoughFound()) return {};
   if (interrupted_) return "stopped by a signal; every worker has ended";
-  if (failure_ < 0 && Clock::now() - start_ < plan_.timeout)
-    return "the run ended early: no channel could go on sending";
-  if (!started_) {
-    return "no sender started: another program may have taken UDP port " + std::to_string(port_) +
-           ", or the system gives no thread; end that program or raise 'ulimit -u', then try again";
-  }
-  const std::string time = " within " + std::to_string(plan_.timeout.count()) + " s";
-  if (modules_->count() > 0) {
-    return "only " + std::to_string(modules_->count()) + " of " + std::to_string(plan_.expected) +
-           " modules announced themselves" + time + ": check the others, and give more time with --timeout";
-  }
-  return "no module announced itself" + time +
-         ": check that the module waits for smart configuration, that SSID and pass phrase are right, that "
-         "this computer is on the same 2.4 GHz network, and that a firewall lets UDP port " +
-         std::to_string(port_) + " in" + logLines_.failedSends();
+  return explainRun({.plan = plan_,
+                     .modules = *modules_,
+                     .report = suite_.SmartConfigReport(),
+                     .sentWhole = packetSentWhole(),
+                     .stoodStill = std::chrono::floor<seconds>(stoodStill_)});
 }
 
-int ProvisionRun::tellEnd() {
-  const std::string text = problem();
+Ending ProvisionRun::ending() {
   const double took = std::chrono::duration<double>(Clock::now() - start_).count();
   char tookText[32];
   std::snprintf(tookText, sizeof tookText, "%.1f", took);
-  Json event = {{"event", "finished"}, {"ok", text.empty()}, {"modules", modules_->count()}};
-  event["seconds"] = std::round(took * 10) / 10;
-  if (!text.empty()) event["problem"] = text;
-  output_.report(moduleCount(modules_->count()) + " provisioned after " + tookText + " s", event);
-  if (text.empty()) return output_.exitCode();
-  output_.complain(text);
-  return kFailure;
+  const ZorRunReport report = suite_.SmartConfigReport();
+  return {.problem = problem(),
+          .stopped = interrupted_,
+          .summary = moduleCount(modules_->count()) + " provisioned after " + tookText + " s",
+          .details = {{"modules", modules_->count()},
+                      {"seconds", std::round(took * 10) / 10},
+                      {"frames", report.multicast.datagrams + report.broadcast.datagrams},
+                      {"failed_sends", report.multicast.failedSends + report.broadcast.failedSends}}};
 }
 
 }  // namespace zor::cli

@@ -1,73 +1,72 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "ZOR/ZorSuite.h"
-#include "cli/FoundModules.h"
+#include "cli/Ending.h"
+#include "cli/FailedSends.h"
 #include "cli/Interrupt.h"
-#include "cli/LogLines.h"
+#include "cli/NewModules.h"
 #include "cli/Output.h"
-#include "cli/Pace.h"
-#include "cli/Payload.h"
+#include "cli/PacketFrames.h"
+#include "cli/ProvisionPlan.h"
+#include "cli/ProvisionProgress.h"
 
 namespace zor::cli {
 
-/// Which frames a run sends.
-enum class SendMode { version5, version3, mixed };
-
-/// What a provisioning run is to do; checked already.
-struct ProvisionPlan {
-  Payload payload;
-  bool appendGiven = false;  ///< The user chose the append bytes, so they do not name the port.
-  SendMode mode = SendMode::version5;
-  std::optional<Pace> pace;
-  std::chrono::seconds timeout{100};
-  std::size_t expected = 1;  ///< The run ends once so many different modules are there.
-};
-
-/// One provisioning run: listens, sends, shows how it goes, and says how it ended.
+/// One provisioning run: asks which modules are there already, sends, listens on for a while, and reports
+/// what happens. The run's limits are its own: it gives the library a time-out that never comes, because with
+/// it the listener would end.
 class ProvisionRun {
  public:
-  /// All four outlive the run.
-  ProvisionRun(const ProvisionPlan& plan, const Interrupt& interrupt, const LogLines& logLines,
-               Output& output);
+  /// All three outlive the run.
+  ProvisionRun(const ProvisionPlan& plan, const Interrupt& interrupt, Output& output);
 
-  /// Blocks until the run has ended and its workers too. Returns an `ExitCode`; throws `RunFailure` when the
-  /// run could not start.
-  int run();
+  /// Blocks until the run and its workers have ended. Returns how the run ended; throws `RunFailure` when it
+  /// could not start.
+  Ending run();
 
  private:
   using Clock = std::chrono::steady_clock;
 
   void openListener();
   void namePort();
+  void reportStart();
+  void findEarlierModules();
   void startSenders();
-  void follow();
+  void send();
+  void stopSenders();
+  void linger();
   void stop();
-  void tellStart();
-  void tellProgress();
-  void tellFailedChannel();
-  int tellEnd();
+  void follow(std::chrono::seconds phase, bool sending);
+  void look(bool sending, Clock::duration left, std::chrono::seconds phase);
+  void wait(std::chrono::milliseconds limit);
+  void reportFailedChannel(const ZorRunReport& report);
 
-  bool enoughFound() const { return modules_->count() >= plan_.expected; }
-  std::string problem() const;
+  bool enoughFound() const;
+  bool packetSentWhole();
+  std::string problem();
+  Ending ending();
 
   const ProvisionPlan& plan_;
   const Interrupt& interrupt_;
-  const LogLines& logLines_;
   Output& output_;
-  std::shared_ptr<FoundModules> modules_;
+  ProvisionProgress progress_;
+  FailedSends failedMulticasts_{"a multicast frame"};
+  FailedSends failedBroadcasts_{"a broadcast frame"};
+  std::shared_ptr<NewModules> modules_;
   ZorSuite suite_;
-  std::int32_t port_ = 0;
-  std::vector<std::uint8_t> append_;
-  std::int32_t failure_ = 0;  ///< The status of the channel that failed last, 0 without one.
-  bool started_ = false;      ///< A sender was there when the run began.
-  bool interrupted_ = false;
-  Clock::time_point start_;
-  Clock::time_point nextProgress_;
+  std::int32_t port_ = 0;          ///< The UDP port that the listener is bound to.
+  Payload payload_;                ///< The plan's, with the port in the append bytes where modules need it.
+  PacketFrames frames_;            ///< Of the packet.
+  bool isSending_ = false;         ///< The senders were started; before, the report is another run's.
+  std::int32_t failure_ = 0;       ///< The status of the channel that failed last; 0 when none has.
+  bool interrupted_ = false;       ///< A signal ended the run before all expected modules were found.
+  Clock::time_point start_;        ///< When the senders were started.
+  Clock::duration stoodStill_{0};  ///< How long the process did not run although it was due to.
 };
 
 }  // namespace zor::cli

@@ -1,41 +1,40 @@
 #include "cli/SmartConfigText.h"
 
 #include "ZOR/ZorSuite.h"
+#include "cli/SystemErrorText.h"
 
 namespace zor::cli {
 namespace {
 
-/// Which frame found no socket, channel first.
+/// Which frame had no socket, channel first.
 std::string frameName(std::int32_t status) {
   switch (status) {
     case kZorMulticastSyncFailed:
-      return "the multicast channel found no socket for a sync frame";
+      return "the multicast channel could not open a socket for a sync frame";
     case kZorMulticastDataFailed:
-      return "the multicast channel found no socket for a data frame";
+      return "the multicast channel could not open a socket for a data frame";
     case kZorMixedMarkerFailed:
-      return "the multicast channel found no socket for a mixed-in version 3 marker";
+      return "the multicast channel could not open a socket for a mixed-in version 3 marker";
     case kZorMixedFrameFailed:
-      return "the multicast channel found no socket for a mixed-in version 3 frame";
+      return "the multicast channel could not open a socket for a mixed-in version 3 frame";
     case kZorBroadcastSync1Failed:
-      return "the broadcast channel found no socket for its first sync frame";
+      return "the broadcast channel could not open a socket for its first sync frame";
     case kZorBroadcastSync2Failed:
-      return "the broadcast channel found no socket for its second sync frame";
+      return "the broadcast channel could not open a socket for its second sync frame";
     case kZorBroadcastSync3Failed:
-      return "the broadcast channel found no socket for its third sync frame";
+      return "the broadcast channel could not open a socket for its third sync frame";
     case kZorBroadcastValueFailed:
-      return "the broadcast channel found no socket for a value frame";
+      return "the broadcast channel could not open a socket for a value frame";
     case kZorBroadcastPositionFailed:
     default:  // There is no other code.
-      return "the broadcast channel found no socket for a position frame";
+      return "the broadcast channel could not open a socket for a position frame";
   }
 }
 
 }  // namespace
 
-std::string explainSmartConfig(std::int32_t status) {
-  return frameName(status) + " (" + std::to_string(status) +
-         "): raise 'ulimit -n' or close other programs, and check that this user may open and broadcast on "
-         "UDP sockets";
+std::string explainSmartConfig(std::int32_t status, std::int32_t error) {
+  return frameName(status) + " (" + std::to_string(status) + "): " + explainSocketError(error);
 }
 
 }  // namespace zor::cli

@@ -5,7 +5,8 @@
 
 namespace zor::cli {
 
-/// What a code of ZOR/facade/SmartConfigStatus.h means and what to try, in one line.
-std::string explainSmartConfig(std::int32_t status);
+/// What a negative `ZorDeviceState::smartStatus` means and what to try, in one line. `error` is the system's
+/// error number in the channel's report.
+std::string explainSmartConfig(std::int32_t status, std::int32_t error);
 
 }  // namespace zor::cli

@@ -1,66 +1,88 @@
-#include <arpa/inet.h>
-
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "ZOR/ZorSuite.h"
 #include "cli/Command.h"
+#include "cli/Ending.h"
 #include "cli/Escape.h"
 #include "cli/ExitCode.h"
+#include "cli/FailedSends.h"
+#include "cli/InterfaceOption.h"
 #include "cli/Interrupt.h"
 #include "cli/LogLines.h"
 #include "cli/Output.h"
-#include "cli/ProgressBar.h"
+#include "cli/Route.h"
+#include "cli/SystemErrorText.h"
 
 namespace zor::cli {
 namespace {
 
-constexpr int kLookMs = 20;  ///< How soon a changed status is noticed.
-constexpr std::size_t kLongestUrl = kZorUpgradeUrlSize - 1;
+constexpr int kPollMs = 20;  ///< How often the status is read.
+constexpr std::size_t kMaxUrlLength = kZorUpgradeUrlSize - 1;
 
 struct UpgradeOptions : CommonOptions {
   std::string address;
   std::string url;
+  std::string interface;
 };
 
-void checkArguments(const UpgradeOptions& options) {
-  in_addr address{};
-  if (inet_pton(AF_INET, options.address.c_str(), &address) != 1) {
-    throw WrongUse("'" + printable(options.address) +
-                   "' is no IPv4 address: give the module's as four numbers, as 192.168.1.20");
-  }
-  if (options.url.size() > kLongestUrl) {
-    throw WrongUse("the URL takes " + std::to_string(options.url.size()) + " bytes: give at most " +
-                   std::to_string(kLongestUrl));
-  }
-  if (options.url.find(',') != std::string::npos) {
-    throw WrongUse("the URL holds a comma, at which the module would end it: write %2C instead");
-  }
+/// Why the module was not heard for 10 seconds.
+std::string explainSilence(const ZorUpgradeReport& report) {
+  const std::string code = " (" + std::to_string(kZorUpgradeSilence) + ")";
+  if (report.requestsSent == 0)
+    return "no request left this computer" + code + ": " + explainSendError(report.error.number);
+  const std::string silence = "the module did not answer for 10 seconds" + code + ": ";
+  if (report.otherPort > 0)
+    return silence + std::to_string(report.otherPort) +
+           " answers came from another port than 25000: check that no address translation lies between";
+  if (report.notAResponse > 0)
+    return silence + std::to_string(report.notAResponse) +
+           " datagrams came from it that are no responses: check what it is";
+  return silence +
+         "check its address with 'zorctl search', and that the firewall admits answers from UDP port 25000";
 }
 
-/// What the final `status` of an upgrade that failed means, and what to try.
-std::string explain(std::int32_t status) {
+/// What the final `status` of a failed upgrade means and what to try.
+std::string explain(std::int32_t status, const ZorUpgradeReport& report) {
   const std::string code = " (" + std::to_string(status) + ")";
   switch (status) {
     case kZorUpgradeSilence:
-      return "the module gave no answer for 10 seconds" + code +
-             ": check its address with 'zorctl search', and that a firewall lets answers in from UDP port "
-             "25000";
+      return explainSilence(report);
     case kZorUpgradeNotHttp:
-      return "the URL does not begin with http://" + code + ": modules fetch over plain HTTP alone";
+      return "the URL does not start with http://" + code + ": modules fetch over plain HTTP only";
     case kZorUpgradeUrlRefused:
       return "the URL was refused" + code +
              ": give http://HOST[:PORT]/PATH, with a path, a host of at most 127 "
              "characters, a port of at most 15, no ':' in the path and no control characters";
     case kZorUpgradeNoSocket:
-      return "no UDP socket could be opened" + code +
-             ": close other programs or raise 'ulimit -n', then try again";
+      return "no UDP socket could be opened" + code + ": " + explainSocketError(report.error.number);
     case kZorUpgradeBindFailed:
-      return "the UDP socket could not be bound to a port" + code + ": check that the system has ports left";
+      return "the UDP socket could not be bound to a port" + code + ": check that the system has free ports";
     default:
       return "the module ended the upgrade with its own code " + std::to_string(status) +
              ": look it up in the module's manual, and check that the URL is one it can reach";
   }
+}
+
+void checkArguments(const UpgradeOptions& options) {
+  if (!isIpv4Address(options.address)) {
+    throw WrongUse("'" + printable(options.address) +
+                   "' is not an IPv4 address: give the module's as four numbers, such as 192.168.1.20");
+  }
+  if (options.url.size() > kMaxUrlLength) {
+    throw WrongUse("the URL takes " + std::to_string(options.url.size()) + " bytes: give at most " +
+                   std::to_string(kMaxUrlLength));
+  }
+  if (options.url.find(',') != std::string::npos) {
+    throw WrongUse("the URL holds a comma, where the module would cut it off: write %2C instead");
+  }
+  char commandData[kZorUpgradeCmdDataSize];
+  const std::int32_t result = ZorBuildUpgradeCmdData(options.url.c_str(), commandData);
+  if (result == kZorUrlNotHttp) throw WrongUse(explain(kZorUpgradeNotHttp, {}));
+  if (result < 0) throw WrongUse(explain(kZorUpgradeUrlRefused, {}));
 }
 
 /// The name of a phase that is not final.
@@ -77,18 +99,21 @@ std::string phaseText(std::int32_t status) {
 void showPhase(Output& output, std::int32_t status) {
   output.reportJson({{"event", "phase"}, {"phase", phaseName(status)}, {"status", status}});
   if (output.isLive()) {
-    output.showLive(progressBar(status <= kZorUpgradeAccepted ? 0 : status) + "  " + phaseText(status));
+    output.showLive(phaseText(status), status <= kZorUpgradeAccepted ? 0 : status / 100.0);
   } else {
     output.reportText(phaseText(status));
   }
 }
 
-/// Shows the phases until the upgrade has ended; its final status, or none when a signal came first.
+/// Shows the phases until the upgrade has ended. Returns its final status, or none when a signal came first.
 std::optional<std::int32_t> follow(ZorSuite& suite, Output& output, const Interrupt& interrupt) {
   std::int32_t shown = kZorUpgradeRequested;
-  while (!interrupt.wait(kLookMs)) {
+  FailedSends failedRequests("a request");
+  while (!interrupt.wait(kPollMs)) {
     const bool ended = !s_threadUpgrade;
     const std::int32_t status = suite.DeviceUpgradeProgress();
+    const ZorUpgradeReport report = suite.DeviceUpgradeReport();
+    if (report.socketsOpened > 0) failedRequests.look(report.requestsFailed, report.error, output);
     if (ended) return status;
     if (status != shown && status >= kZorUpgradeCommandSent && status < kZorUpgradeDone)
       showPhase(output, status);
@@ -97,35 +122,47 @@ std::optional<std::int32_t> follow(ZorSuite& suite, Output& output, const Interr
   return std::nullopt;
 }
 
-int fail(Output& output, Json event, const std::string& problem) {
-  event["problem"] = problem;
-  output.reportJson(event);
-  output.complain(problem);
-  return kFailure;
+/// The ending of an upgrade that was watched to its final `status`.
+Ending endingOf(std::int32_t status, const ZorUpgradeReport& report) {
+  Ending ending;
+  ending.details = {{"status", status}};
+  if (status < kZorUpgradeDone) {
+    ending.problem = explain(status, report);
+  } else {
+    ending.summary = "100 %, done";
+  }
+  return ending;
 }
 
-int upgrade(const UpgradeOptions& options) {
+/// The ending of an upgrade whose status was `status` when a signal came.
+Ending endingWhenLeft(std::int32_t status) {
+  Ending ending;
+  ending.stopped = true;
+  ending.problem = status >= kZorUpgradeAccepted
+                       ? "stopped watching; the module continues the upgrade on its own"
+                       : "stopped watching; the module has not answered yet";
+  return ending;
+}
+
+ExitCode upgrade(const UpgradeOptions& options) {
   checkArguments(options);
+  useInterface(options.interface);
   const LogLines logLines(options.verbose);
   const Interrupt interrupt;
   Output output(options, interrupt);
   ZorSuite suite;
-  output.report("upgrading " + options.address + " from " + printable(options.url),
-                {{"event", "upgrading"}, {"address", options.address}, {"url", codePoints(options.url)}});
+  const Route route = findRoute(options.address, options.interface);
+  output.report(
+      "upgrading " + options.address + " from " + printable(options.url) + "; requests " + routeText(route),
+      {{"event", "upgrading"},
+       {"address", options.address},
+       {"url", jsonText(options.url)},
+       {"route", routeJson(route)}});
   suite.DeviceUpgrade(options.address, options.url);
 
   const std::optional<std::int32_t> status = follow(suite, output, interrupt);
-  Json event = {{"event", "finished"}, {"ok", status.value_or(0) >= kZorUpgradeDone}};
-  if (!status) {
-    const bool accepted = suite.DeviceUpgradeProgress() >= kZorUpgradeAccepted;
-    return fail(output, event,
-                accepted ? "stopped watching; the module goes on with the upgrade by itself"
-                         : "stopped watching; the module has not answered yet");
-  }
-  event["status"] = *status;
-  if (*status < kZorUpgradeDone) return fail(output, event, explain(*status));
-  output.report("100 %, done", event);
-  return output.exitCode();
+  return finish(output, status ? endingOf(*status, suite.DeviceUpgradeReport())
+                               : endingWhenLeft(suite.DeviceUpgradeProgress()));
 }
 
 }  // namespace
@@ -136,6 +173,7 @@ Command addUpgrade(CLI::App& app) {
   command->add_option("ADDRESS", options->address, "The module's IPv4 address")->required();
   command->add_option("URL", options->url, "Where the module fetches the firmware: http://HOST[:PORT]/PATH")
       ->required();
+  addInterfaceOption(*command, options->interface);
   addCommonOptions(*command, *options);
   command->footer("Example: zorctl upgrade 192.168.1.20 http://192.168.1.10:8080/firmware.bin");
   return {command, [options] { return upgrade(*options); }};

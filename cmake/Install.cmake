@@ -1,12 +1,14 @@
 include(CMakePackageConfigHelpers)
-include(GNUInstallDirs)
 
-install(TARGETS ZorSuite EXPORT ZorSuiteTargets)
+# The components: ZorSuite_Runtime, ZorSuite_Development and, in cli/, ZorSuite_Tool.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME ZorSuite_Development)
+
+install(TARGETS ZorSuite EXPORT ZorSuiteTargets
+        LIBRARY COMPONENT ZorSuite_Runtime NAMELINK_COMPONENT ZorSuite_Development)
 install(FILES ZORBroadcast_SSID_Password.h TYPE INCLUDE)
 # The chief header and what it includes; the rest of the headers stay ours.
 file(STRINGS ZOR/ZorSuite.h zor_includes REGEX "^#include \"")
-set(zor_public_headers ZOR/ZorSuite.h ZOR/platform/Export.h ZOR/platform/Mutex.h
-    ZOR/platform/ThreadAnnotations.h)
+set(zor_public_headers ZOR/ZorSuite.h ZOR/platform/Export.h)
 foreach(line IN LISTS zor_includes)
   string(REGEX REPLACE "^#include \"([^\"]+)\".*" "\\1" header "${line}")
   list(APPEND zor_public_headers ${header})

@@ -1,4 +1,5 @@
 include(CMakeDependentOption)
+include(GNUInstallDirs)
 
 # A project that takes this one in with add_subdirectory wants the library alone.
 option(ZOR_BUILD_TOOLS "Build the receiver and zorctl" ${PROJECT_IS_TOP_LEVEL})

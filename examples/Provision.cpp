@@ -35,7 +35,7 @@ int main(int argumentCount, char** arguments) {
   const auto finder = std::make_shared<Finder>();
   ZorSuite suite;
   suite.setDelegate(finder);
-  suite.SmartConfigOnlineListen(25010);
+  suite.SmartConfigOnlineListen(kZorAnnouncementPort);
   suite.SmartConfigV5_Start(arguments[1], arguments[2], seconds * 1000);
   while (!finder->found && (s_threadSmartConfigMc || s_threadSmartConfigBc)) ZorRunMainQueue(100);
   suite.SmartConfigStop();

@@ -26,7 +26,7 @@ void requireSoundProgress(const Decoder& decoder) {
   }
 }
 
-/// A frame that nobody has composed, near enough to a real one to be looked at.
+/// A frame that no sender composes, but close enough to a real one to be examined.
 Observation anyFrame(FuzzedDataProvider& data, std::int64_t timeMicroseconds) {
   const auto kind = data.ConsumeIntegral<std::uint8_t>();
   Observation frame{timeMicroseconds, {4, 0, 0, 0, 0, static_cast<std::uint8_t>(kind >> 3)}, {}, 0};
@@ -44,8 +44,8 @@ Observation anyFrame(FuzzedDataProvider& data, std::int64_t timeMicroseconds) {
 
 }  // namespace
 
-/// A run whose frames are lost, repeated, and joined by those of another run of another phone and by
-/// senseless ones: it is heard as it was or not at all, and undisturbed it is heard.
+/// A run whose frames are lost, repeated and mixed with those of another phone and with garbage: it is
+/// decoded as it was sent or not at all, and always if it was not disturbed.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   FuzzedDataProvider data(bytes, size);
   const std::string ssid = data.ConsumeRandomLengthString(32).c_str();
@@ -70,10 +70,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     Observation interrupting = neighbour[i % neighbour.size()];
     interrupting.timeMicroseconds = frames[i].timeMicroseconds;
     interrupting.sender = kNeighbour;
-    enum Fate { once, again, lost, behindTheNeighbour, behindAnything };
-    const int fate = data.ConsumeIntegralInRange<int>(once, behindAnything);
-    if (fate == behindTheNeighbour) hear(interrupting);
-    if (fate == behindAnything) hear(anyFrame(data, frames[i].timeMicroseconds));
+    enum Fate { once, again, lost, afterNeighbour, afterGarbage };
+    const int fate = data.ConsumeIntegralInRange<int>(once, afterGarbage);
+    if (fate == afterNeighbour) hear(interrupting);
+    if (fate == afterGarbage) hear(anyFrame(data, frames[i].timeMicroseconds));
     if (fate == once || fate == again) hear(frames[i]);
     if (fate == once || fate == lost) ++i;
     isDisturbed |= fate >= lost;

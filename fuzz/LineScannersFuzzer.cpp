@@ -3,7 +3,7 @@
 #include "fuzz/Fuzz.h"
 #include "tests/support/SlowScanners.h"
 
-/// First byte: where to begin. The rest: a line.
+/// The first byte says where to start in the line that follows.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   if (size < 1) return 0;
   const std::string line(reinterpret_cast<const char*>(bytes + 1), size - 1);

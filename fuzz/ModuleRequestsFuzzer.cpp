@@ -1,7 +1,7 @@
 #include <string>
 
 #include "fuzz/Fuzz.h"
-#include "receiver/ModuleRequests.h"
+#include "receiver/module/ModuleRequests.h"
 
 using zor::receiver::ModuleRequest;
 using zor::receiver::readModuleRequest;

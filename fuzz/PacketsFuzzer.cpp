@@ -6,9 +6,9 @@
 
 namespace {
 
-/// A text without NULs, since a NUL ends an SSID or a pass phrase.
-std::string text(FuzzedDataProvider& data, std::size_t most) {
-  return data.ConsumeRandomLengthString(most).c_str();
+/// Returns a text without NULs, since a NUL ends an SSID or a pass phrase.
+std::string text(FuzzedDataProvider& data, std::size_t maxLength) {
+  return data.ConsumeRandomLengthString(maxLength).c_str();
 }
 
 void requireSoundPackets(const std::string& ssid, const std::string& password, const std::string& append) {
@@ -24,7 +24,7 @@ void requireSoundPackets(const std::string& ssid, const std::string& password, c
 
 }  // namespace
 
-/// An SSID, a pass phrase and application data, made into the packets of both versions.
+/// Builds the packets of both versions from an SSID, a pass phrase and application data.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   FuzzedDataProvider data(bytes, size);
   const std::string ssid = text(data, 40), password = text(data, 70);

@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr std::size_t kLongestAnswer = 512;
+constexpr std::size_t kMaxAnswerLength = 512;
 
-/// What every answer keeps to, whatever it says.
+/// Requires what must hold for every answer, whatever it says.
 void requireSoundStep(const std::string& line, std::int32_t before, std::int32_t after) {
   if (after == before) return;
   require(after < 0 || after >= kZorUpgradeAccepted);
@@ -21,14 +21,14 @@ void requireSoundStep(const std::string& line, std::int32_t before, std::int32_t
 
 }  // namespace
 
-/// Answers parted by line feeds, to one upgrade after another.
+/// The input is answers, separated by line feeds. An upgrade that has ended is followed by another.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const std::string all(reinterpret_cast<const char*>(bytes), size);
   zor::UpgradeAnswer answer;
   std::int32_t status = kZorUpgradeCommandSent;
   for (std::size_t at = 0; at < all.size();) {
     const std::size_t end = std::min(all.find('\n', at), all.size() - 1) + 1;
-    const std::string line = all.substr(at, std::min(end - at, kLongestAnswer));
+    const std::string line = all.substr(at, std::min(end - at, kMaxAnswerLength));
     at = end;
 
     const auto buffer = std::make_unique<char[]>(line.size() + 1);

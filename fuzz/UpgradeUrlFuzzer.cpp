@@ -5,7 +5,7 @@
 
 #include "ZOR/ZorSuite.h"
 #include "fuzz/Fuzz.h"
-#include "receiver/ModuleRequests.h"
+#include "receiver/module/ModuleRequests.h"
 
 namespace {
 

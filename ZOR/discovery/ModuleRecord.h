@@ -1,6 +1,6 @@
 #pragma once
 
-/// What tells one reported module from another; all four texts together are the key.
+/// What distinguishes one reported module from another; all four texts together are the key.
 struct ZorModuleRecord {
   char mac[20];
   char ip[20];

@@ -2,58 +2,71 @@
 
 #include <exception>
 
-#include "ZOR/facade/CopyText.h"
-#include "ZOR/net/UdpSocket.h"
-#include "ZOR/platform/MainQueue.h"
+#include "ZOR/platform/PostReport.h"
+#include "ZOR/state/CopyText.h"
 
 namespace zor {
+namespace {
 
-std::int32_t ModuleReporter::receive(std::int32_t socket) {
-  const std::int32_t length = ZorUdpRecvData(socket, line_, kLongestLine, ip_, nullptr);
-  if (length > 0) judge(length);
-  return length;
+/// A record's `cap` field has room for more than a line may fill.
+constexpr std::size_t kMaxCapLength = 39;
+static_assert(kMaxCapLength < sizeof ZorModuleRecord::cap);
+
+}  // namespace
+
+Received ModuleReporter::receive(std::int32_t socket) {
+  char line[kMaxLineLength + 1];
+  char address[sizeof current_.ip];
+  const Received received = receiveNow(socket, line, kMaxLineLength, address, nullptr);
+  if (received.length == 0) counters_.empty.add();
+  if (received.length >= 0) counters_.datagrams.add();
+  if (received.length > 0) take(line, received.length, address);
+  return received;
 }
 
-void ModuleReporter::judge(std::int32_t length) {
-  if (!reader_.open(line_, length, tag_)) return;
+void ModuleReporter::take(char* line, std::int32_t length, const char* address) {
+  copyText(address, current_.ip);
+  if (!reader_.open(line, length, tag_)) return counters_.otherContent.add();
+  counters_.lines.add();
   readFields();
-  const ZorModuleRecord current = record();
-  if (reported_.contains(current)) return;
-  // A report that finds the queue full is left unrecorded, so the module's next line reports it.
-  if (post()) reported_.add(current);
+  if (reported_.contains(current_)) return counters_.repeats.add();
+  report();
+}
+
+void ModuleReporter::report() {
+  if (!delegateSlot_ || delegateSlot_->empty()) {
+    counters_.withoutDelegate.add();
+  } else if (hasPlaceForReport() && post()) {
+    counters_.reported.add();
+  } else {
+    // Left unrecorded, so that the module's next line reports it.
+    return counters_.dropped.add();
+  }
+  reported_.add(current_);
 }
 
 void ModuleReporter::readFields() {
   while (reader_.nextPair()) {
     const std::string_view key = reader_.key();
-    if (key == "mac") copyText(reader_.value(), mac_);
-    if (key == "ver") copyText(reader_.value(), ver_);
+    const std::string_view value = reader_.value();
+    if (key == "mac") copyText(value, current_.mac);
+    if (key == "ver") copyText(value, current_.ver);
     if (key != "cap") continue;
-    copyText(reader_.value(), cap_);
+    copyText(value.substr(0, kMaxCapLength), current_.cap);
     copyText(reader_.rest(), ext_);
   }
 }
 
-ZorModuleRecord ModuleReporter::record() const {
-  ZorModuleRecord record;
-  copyText(mac_, record.mac);
-  copyText(ip_, record.ip);
-  copyText(ver_, record.ver);
-  copyText(cap_, record.cap);
-  return record;
-}
-
-/// True when the report is on its way, or nobody listens.
+/// Returns false when the main-thread queue is full or there is no memory for the report.
 bool ModuleReporter::post() const {
-  if (!delegateSlot_ || delegateSlot_->empty()) return true;
   try {
-    return ZorPostToMainQueue([slot = delegateSlot_, callback = callback_, mac = std::string(mac_),
-                               ip = std::string(ip_), ver = std::string(ver_), cap = std::string(cap_),
-                               ext = std::string(ext_)] {
+    return postReport([slot = delegateSlot_, callback = callback_, mac = std::string(current_.mac),
+                       ip = std::string(current_.ip), ver = std::string(current_.ver),
+                       cap = std::string(current_.cap), ext = std::string(ext_)] {
       if (const auto delegate = slot->get()) (*delegate.*callback)(mac, ip, ver, cap, ext);
     });
   } catch (const std::exception&) {
-    return false;  // No memory for the closure.
+    return false;
   }
 }
 

@@ -8,7 +8,9 @@
 
 #include "ZOR/discovery/RecordTable.h"
 #include "ZOR/facade/DelegateSlot.h"
+#include "ZOR/net/Receive.h"
 #include "ZOR/protocol/LineReader.h"
+#include "ZOR/state/Counters.h"
 
 namespace zor {
 
@@ -20,38 +22,33 @@ class ModuleReporter {
                                               const std::string& MODULE_VER, const std::string& MODULE_CAP,
                                               const std::string& MODULE_EXT);
 
-  /// Reads lines that begin with `tag` and reports through `callback`.
-  ModuleReporter(std::string_view tag, std::shared_ptr<DelegateSlot> delegateSlot, Callback callback)
-      : tag_(tag), callback_(callback), delegateSlot_(std::move(delegateSlot)) {}
+  /// Reads lines that start with `tag`, reports through `callback` and counts in `counters`, which outlives
+  /// this.
+  ModuleReporter(std::string_view tag, std::shared_ptr<DelegateSlot> delegateSlot, Callback callback,
+                 LineCounters& counters)
+      : tag_(tag), callback_(callback), delegateSlot_(std::move(delegateSlot)), counters_(counters) {}
 
-  /// Receives one datagram from `socket`, waiting as `ZorUdpRecvData` does, and judges it. Returns
-  /// the receive's result.
-  std::int32_t receive(std::int32_t socket);
+  /// Receives one datagram from `socket`, without waiting, and takes it. Returns what the receive found.
+  Received receive(std::int32_t socket);
 
-  /// Judges the `length` bytes in `line()`, which arrived from `ip()`.
-  void judge(std::int32_t length);
-
-  /// Holds `kLongestLine` bytes and a NUL.
-  char* line() { return line_; }
-  char* ip() { return ip_; }
+  /// Takes the `length` bytes at `line`, at most `kMaxLineLength` and a NUL after them, which arrived from
+  /// dotted-quad `address`. They are trimmed in place.
+  void take(char* line, std::int32_t length, const char* address);
 
  private:
   void readFields();
-  ZorModuleRecord record() const;
+  void report();
   bool post() const;
 
   std::string_view tag_;
   Callback callback_;
   std::shared_ptr<DelegateSlot> delegateSlot_;
+  LineCounters& counters_;
   RecordTable reported_;
   LineReader reader_;
-  char line_[kLongestLine + 1];
 
-  // What the lines have told so far: a line that lacks a key leaves the previous line's value.
-  char mac_[20] = {};
-  char ip_[20] = {};
-  char ver_[20] = {};
-  char cap_[40] = {};
+  // What the lines have said so far: a line that lacks a key leaves the previous line's value.
+  ZorModuleRecord current_{};
   char ext_[400] = {};
 };
 

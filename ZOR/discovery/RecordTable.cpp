@@ -20,8 +20,8 @@ bool RecordTable::contains(const ZorModuleRecord& record) const {
 
 void RecordTable::add(const ZorModuleRecord& record) {
   records_[next_] = record;
-  next_ = (next_ + 1) % kMostRecords;
-  count_ = std::min(count_ + 1, kMostRecords);
+  next_ = (next_ + 1) % kMaxRecords;
+  count_ = std::min(count_ + 1, kMaxRecords);
 }
 
 }  // namespace zor

@@ -11,13 +11,13 @@ namespace zor {
 /// every module is reported at least once and the memory stays what it is.
 class RecordTable {
  public:
-  static constexpr std::size_t kMostRecords = 100;
+  static constexpr std::size_t kMaxRecords = 100;
 
   bool contains(const ZorModuleRecord& record) const;
   void add(const ZorModuleRecord& record);
 
  private:
-  std::array<ZorModuleRecord, kMostRecords> records_;
+  std::array<ZorModuleRecord, kMaxRecords> records_;
   std::size_t count_ = 0;
   std::size_t next_ = 0;  ///< Where the next record goes.
 };

@@ -16,7 +16,8 @@ class DelegateSlot {
     return delegate_;
   }
 
-  /// Tells without sharing in the delegate, which must not be released on a worker for this.
+  /// True without a delegate. The delegate is not shared for this: the worker might be the last to release
+  /// it.
   bool empty() const ZOR_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
     return delegate_ == nullptr;

@@ -5,7 +5,6 @@
 
 #include "ZOR/facade/DelegateSlot.h"
 #include "ZOR/facade/Version.h"
-#include "ZOR/facade/Worker.h"
 
 std::string libVer;
 
@@ -18,9 +17,6 @@ ZorSuite::ZorSuite() {
     // Without memory the suite works, but has no delegate.
   }
 }
-
-ZorSuite::ZorSuite(std::shared_ptr<zor::DelegateSlot> delegateSlot, zor::Worker* worker)
-    : delegateSlot_(std::move(delegateSlot)), worker_(worker) {}
 
 ZorSuite::~ZorSuite() = default;
 
@@ -37,6 +33,10 @@ std::string ZorSuite::GetLibraryVersion() {
   return ZOR_VERSION;
 }
 
-bool ZorSuite::startWorker(ZorWorkerHandle& handle, void (ZorSuite::*entry)()) {
-  return zor::Worker::start(handle, delegateSlot_, entry);
-}
+// A worker runs a function that its start made; nothing is left to do for whoever calls an entry.
+void ZorSuite::threadDeviceSearch() {}
+void ZorSuite::threadSmartOnlineListen() {}
+void ZorSuite::threadSmartConfigV3() {}
+void ZorSuite::threadSmartConfigV5_mc() {}
+void ZorSuite::threadSmartConfigV5_bc() {}
+void ZorSuite::threadUpgrade() {}

@@ -1,48 +1,39 @@
 #include "ZOR/facade/Worker.h"
 
-#include <cstring>
-#include <exception>
+#include <functional>
+#include <memory>
 #include <utility>
 
-#include "ZOR/platform/Wipe.h"
+#include "ZOR/facade/WorkerSlot.h"
 
 namespace zor {
-namespace {
 
-RunInputs copyInputs() {
-  RunInputs inputs;
-  std::memcpy(inputs.ssid, s_ZorDevice.ssid, sizeof inputs.ssid);
-  std::memcpy(inputs.password, s_ZorDevice.password, sizeof inputs.password);
-  std::memcpy(inputs.appendData, s_ZorDevice.appendData, sizeof inputs.appendData);
-  inputs.appendLen = s_ZorDevice.appendLen;
-  std::memcpy(inputs.upgradeIp, s_ZorDevice.upgradeIp, sizeof inputs.upgradeIp);
-  std::memcpy(inputs.upgradeUrl, s_ZorDevice.upgradeUrl, sizeof inputs.upgradeUrl);
-  return inputs;
-}
+/// Ends a worker on every way out of its thread: an application's log sink may call `pthread_exit` there.
+struct Worker::Ending {
+  Worker& worker;
+  WorkerSlot& slot;
 
-}  // namespace
-
-bool Worker::start(ZorWorkerHandle& handle, std::shared_ptr<DelegateSlot> delegateSlot, Entry entry) {
-  try {
-    const auto worker = std::make_shared<Worker>(std::move(delegateSlot));
-    handle.set(worker);
-    const bool started = worker->thread_.start([worker, entry, &handle] {
-      (worker->suite_.*entry)();
-      handle.clear();
-    });
-    if (!started) handle.clear();
-    return started;
-  } catch (const std::exception&) {
-    handle.clear();
-    return false;
+  ~Ending() {
+    worker.body_ = nullptr;
+    worker.thread_.closeWakeDescriptor();
+    slot.clear();
   }
-}
+};
 
-Worker::Worker(std::shared_ptr<DelegateSlot> delegateSlot)
-    : inputs_(copyInputs()), suite_(std::move(delegateSlot), this) {}
-
-Worker::~Worker() {
-  wipe(&inputs_, sizeof inputs_);
+bool Worker::run(ZorWorkerHandle& handle, const WorkerKind& kind, Body body) {
+  WorkerSlot& slot = WorkerSlot::of(handle);
+  const auto worker = std::make_shared<Worker>(std::move(body));
+  std::function<void()> wholeRun = [worker, &slot] {
+    const Ending ending{*worker, slot};
+    worker->body_(worker->thread_);
+  };
+  // Set when no allocation can fail any more, but before the start: the worker may end before that returns.
+  slot.set(worker);
+  if (kind.receives) worker->thread_.openWakeDescriptor();
+  if (worker->thread_.start(kind.threadName, std::move(wholeRun))) return true;
+  worker->thread_.closeWakeDescriptor();
+  slot.clear();
+  return false;
 }
 
 void Worker::announceEnd() {

@@ -1,44 +1,57 @@
 #pragma once
 
-#include <memory>
+#include <exception>
+#include <functional>
+#include <utility>
 
-#include "ZOR/facade/DelegateSlot.h"
-#include "ZOR/facade/RunInputs.h"
-#include "ZOR/facade/SuiteInterface.h"
 #include "ZOR/facade/WorkerHandle.h"
 #include "ZOR/platform/Mutex.h"
 #include "ZOR/platform/WorkerThread.h"
 
 namespace zor {
 
-/// One running worker: its thread, its inputs and the suite on which its entry runs.
+/// What the workers of one kind have in common.
+struct WorkerKind {
+  const char* threadName;  ///< At most 15 characters.
+  bool receives;           ///< Its body uses `WorkerThread::waitReadable`.
+};
+
+/// One running worker: a function on a thread of its own, and the end that others wait for.
 class Worker {
  public:
-  using Entry = void (ZorSuite::*)();
+  /// What a worker does. It asks the thread whether it is cancelled, and waits with it.
+  using Body = std::function<void(WorkerThread& thread)>;
 
-  /// Runs `entry` on a new thread that empties `handle` when the entry has returned. `handle` is
-  /// empty before. False, with `handle` still empty, when the system gives no thread or memory.
-  [[nodiscard]] static bool start(ZorWorkerHandle& handle, std::shared_ptr<DelegateSlot> delegateSlot,
-                                  Entry entry);
+  /// Runs `body` on a new thread, as `WorkerThread::start` does. Once it has returned and been destroyed,
+  /// with all that it captured, the thread empties `handle`, which is empty before. Returns false, with
+  /// `handle` still empty and `body` destroyed, when the system gives no thread or memory. Application's
+  /// thread.
+  template <class Function>
+  [[nodiscard]] static bool start(ZorWorkerHandle& handle, const WorkerKind& kind, Function&& body) noexcept {
+    try {
+      return run(handle, kind, std::forward<Function>(body));
+    } catch (const std::exception&) {
+      return false;
+    }
+  }
 
-  explicit Worker(std::shared_ptr<DelegateSlot> delegateSlot);
-  ~Worker();
-  Worker(const Worker&) = delete;
-  Worker& operator=(const Worker&) = delete;
+  explicit Worker(Body body) : body_(std::move(body)) {}
 
   WorkerThread& thread() { return thread_; }
-  const RunInputs& inputs() const { return inputs_; }
 
-  /// Lets go whoever is in `waitForEnd`, now and later.
+  /// Releases whoever is in `waitForEnd`, now and later.
   void announceEnd() ZOR_EXCLUDES(mutex_);
 
   /// Waits, without limit, until the worker has emptied its handle.
   void waitForEnd() ZOR_EXCLUDES(mutex_);
 
  private:
+  struct Ending;
+
+  static bool run(ZorWorkerHandle& handle, const WorkerKind& kind, Body body);
+
   WorkerThread thread_;
-  RunInputs inputs_;
-  ZorSuite suite_;
+  Body body_;  ///< The worker's thread's own once it runs.
   Mutex mutex_;
   ConditionVariable condition_;
   bool ended_ ZOR_GUARDED_BY(mutex_) = false;

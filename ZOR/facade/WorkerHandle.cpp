@@ -1,17 +1,16 @@
 #include "ZOR/facade/WorkerHandle.h"
 
-#include <utility>
-
 #include "ZOR/facade/Worker.h"
+#include "ZOR/facade/WorkerSlot.h"
 #include "ZOR/platform/NeverDestroyed.h"
 
 namespace {
 
-constinit zor::NeverDestroyed<ZorWorkerHandle> smartConfigBc;
-constinit zor::NeverDestroyed<ZorWorkerHandle> smartConfigMc;
-constinit zor::NeverDestroyed<ZorWorkerHandle> smartOnlineListen;
-constinit zor::NeverDestroyed<ZorWorkerHandle> deviceSearch;
-constinit zor::NeverDestroyed<ZorWorkerHandle> upgrade;
+constinit zor::NeverDestroyed<zor::WorkerSlot> smartConfigBc;
+constinit zor::NeverDestroyed<zor::WorkerSlot> smartConfigMc;
+constinit zor::NeverDestroyed<zor::WorkerSlot> smartOnlineListen;
+constinit zor::NeverDestroyed<zor::WorkerSlot> deviceSearch;
+constinit zor::NeverDestroyed<zor::WorkerSlot> upgrade;
 
 }  // namespace
 
@@ -22,37 +21,13 @@ constinit ZorWorkerHandle& s_threadDeviceSearch = deviceSearch.value;
 constinit ZorWorkerHandle& s_threadUpgrade = upgrade.value;
 
 ZorWorkerHandle::operator bool() const {
-  const zor::MutexLock lock(mutex_);
-  return worker_ != nullptr;
+  return zor::WorkerSlot::of(*this).worker() != nullptr;
 }
 
 void ZorWorkerHandle::cancel() {
-  if (const auto running = worker()) running->thread().cancel();
+  zor::WorkerSlot::of(*this).cancel(zor::CancelReason::stopped);
 }
 
 void ZorWorkerHandle::waitUntilEmpty() {
-  while (const auto running = worker()) running->waitForEnd();
-}
-
-void ZorWorkerHandle::wake() {
-  if (const auto running = worker()) running->thread().wake();
-}
-
-void ZorWorkerHandle::set(std::shared_ptr<zor::Worker> worker) {
-  const zor::MutexLock lock(mutex_);
-  worker_.swap(worker);
-}
-
-void ZorWorkerHandle::clear() {
-  std::shared_ptr<zor::Worker> ending;
-  {
-    const zor::MutexLock lock(mutex_);
-    worker_.swap(ending);
-  }
-  if (ending) ending->announceEnd();
-}
-
-std::shared_ptr<zor::Worker> ZorWorkerHandle::worker() const {
-  const zor::MutexLock lock(mutex_);
-  return worker_;
+  while (const auto running = zor::WorkerSlot::of(*this).worker()) running->waitForEnd();
 }

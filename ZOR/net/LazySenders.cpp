@@ -2,53 +2,73 @@
 
 #include <cerrno>
 
-#include "ZOR/facade/DeviceState.h"
 #include "ZOR/net/Clock.h"
+#include "ZOR/net/LazySend.h"
 #include "ZOR/net/UdpSocket.h"
 #include "ZOR/platform/Log.h"
+#include "ZOR/state/DeviceState.h"
 
+namespace zor {
 namespace {
 
-/// What one channel does its own way.
-struct Channel {
-  std::int32_t (*open)();
-  const char* mark;  ///< What its warning begins with.
-};
-
-constexpr Channel kMulticast{ZorUdpMcInit, "m"};
-constexpr Channel kBroadcast{ZorUdpBcInit, "b"};
-
-std::int32_t sendLazily(const Channel& channel, std::int32_t* descriptor, const void* buffer,
-                        std::int32_t length, const char* destinationText, std::uint16_t port) {
-  if (*descriptor < 0) *descriptor = channel.open();
-  if (*descriptor < 0) return -1;
-  const std::int32_t sent = ZorUdpSendData(*descriptor, buffer, length, destinationText, port);
-  if (sent >= 0) return sent;
-  zor::log("%s)warning %d", channel.mark, errno);
+SendResult sendLazily(std::int32_t (*open)(), std::int32_t* descriptor, const void* buffer,
+                      std::int32_t length, const char* destinationText, std::uint16_t port) {
+  SendResult result;
+  if (*descriptor < 0) {
+    *descriptor = open();
+    result.opened = *descriptor >= 0;
+  }
+  if (*descriptor < 0) return {-1, errno, false};
+  result.sent = ZorUdpSendData(*descriptor, buffer, length, destinationText, port);
+  if (result.sent >= 0) return result;
+  result = {0, errno, result.opened};
   ZorUdpClose(*descriptor);
   *descriptor = -1;
-  return 0;
+  return result;
 }
 
 /// Passes on what was sent, stamped if it was anything.
-std::int32_t stamp(std::int32_t sent) {
-  if (sent > 0) s_ZorDevice.smartLastMs.store(ZorGetUsec());
-  return sent;
+SendResult stamp(const SendResult& result) {
+  if (result.sent > 0) s_ZorDevice.smartLastMs.store(ZorGetUsec());
+  return result;
+}
+
+/// Does what the public senders do besides sending.
+std::int32_t logAndReturn(const SendResult& result, const char* mark) {
+  logFailedSend(result, mark);
+  return result.sent;
 }
 
 }  // namespace
 
+SendResult sendMulticast(std::int32_t* descriptor, const void* buffer, std::int32_t length,
+                         const char* groupText, std::uint16_t port) {
+  return stamp(sendLazily(ZorUdpMcInit, descriptor, buffer, length, groupText, port));
+}
+
+SendResult sendBroadcast(std::int32_t* descriptor, const void* buffer, std::int32_t length,
+                         const char* destinationText, std::uint16_t port) {
+  return sendLazily(ZorUdpBcInit, descriptor, buffer, length, destinationText, port);
+}
+
+void logFailedSend(const SendResult& result, const char* mark) {
+  if (result.sent == 0 && result.error != 0) log("%s)warning %d", mark, static_cast<int>(result.error));
+}
+
+}  // namespace zor
+
 std::int32_t ZorUdpBcSendData(std::int32_t* descriptor, const void* buffer, std::int32_t length,
                               const char* destinationText, std::uint16_t port) {
-  return sendLazily(kBroadcast, descriptor, buffer, length, destinationText, port);
+  return zor::logAndReturn(zor::sendBroadcast(descriptor, buffer, length, destinationText, port), "b");
 }
 
 std::int32_t ZorSmartMcSendData(std::int32_t* descriptor, const void* buffer, std::int32_t length,
                                 const char* groupText, std::uint16_t port) {
-  return stamp(sendLazily(kMulticast, descriptor, buffer, length, groupText, port));
+  return zor::logAndReturn(zor::sendMulticast(descriptor, buffer, length, groupText, port), "m");
 }
 
 std::int32_t ZorSmartBcSendData(std::int32_t* descriptor, const void* buffer, std::int32_t length,
                                 const char* destinationText, std::uint16_t port) {
-  return stamp(sendLazily(kBroadcast, descriptor, buffer, length, destinationText, port));
+  return zor::logAndReturn(zor::stamp(zor::sendBroadcast(descriptor, buffer, length, destinationText, port)),
+                           "b");
 }

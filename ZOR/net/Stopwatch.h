@@ -11,7 +11,7 @@ std::int64_t steadyMs();
 
 /// Milliseconds since a moment at which `ZorGetUsec` read `wallStartMs` and `steadyMs` read `steadyStartMs`.
 /// The suite's clock steps with the wall clock: a step forward counts, but after a step back the monotonic
-/// clock counts on, so that no worker waits or runs longer than it was told to.
+/// clock counts on, so that no worker waits or runs longer than it should.
 std::int64_t elapsedMs(long wallStartMs, std::int64_t steadyStartMs);
 
 /// Milliseconds since a reading of the suite's clock, as `elapsedMs` counts them.

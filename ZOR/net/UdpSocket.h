@@ -4,11 +4,13 @@
 
 #include "ZOR/platform/Export.h"
 
-// IPv4 UDP sockets. A descriptor is a plain integer, negative for none, and belongs to the caller.
-// Sockets are bound to the wildcard address and closed on exec. Any thread may call the functions;
-// one thread at a time uses a descriptor.
+/// \file
+/// IPv4 UDP sockets. A descriptor is a plain integer, negative for none, and belongs to the caller. Sockets
+/// are bound to the wildcard address, closed on exec, and raise no SIGPIPE; `errno` says why one could not be
+/// opened. Any thread may call the functions; one thread at a time uses a descriptor.
 
-inline constexpr std::int32_t kZorNoSocket = -1;      ///< The socket could not be created.
+/// The socket could not be created, or not set up as `ZorSetInterface` and `ZorSetSocketHook` ask.
+inline constexpr std::int32_t kZorNoSocket = -1;
 inline constexpr std::int32_t kZorBindFailed = -2;    ///< `ZorUdpInit`: the port is taken.
 inline constexpr std::int32_t kZorOptionFailed = -2;  ///< `ZorUdpMcInit`, `ZorUdpBcInit`: no SO_BROADCAST.
 inline constexpr std::int32_t kZorSenderBindFailed = -3;  ///< `ZorUdpMcInit`, `ZorUdpBcInit`.
@@ -21,8 +23,8 @@ inline constexpr const char* kZorEveryHost = "255.255.255.255";
 ZOR_API std::int32_t ZorUdpInit(std::int32_t port);
 
 /// Opens a socket that may broadcast, on a port of the system's choice, for multicast datagrams.
-/// Time to live, loop-back and interface stay the system's. Returns the descriptor, `kZorNoSocket`,
-/// `kZorOptionFailed` or `kZorSenderBindFailed`.
+/// Time to live and loop-back stay the system's, and so does the interface unless `ZorSetInterface` names
+/// one. Returns the descriptor, `kZorNoSocket`, `kZorOptionFailed` or `kZorSenderBindFailed`.
 ZOR_API std::int32_t ZorUdpMcInit();
 
 /// The same for broadcast datagrams.
@@ -34,7 +36,7 @@ ZOR_API void ZorUdpClose(std::int32_t descriptor);
 /// Receives one datagram, waiting at most 10 ms for it.
 ///
 /// `buffer` holds at least `length` + 1 bytes, `length` being 0 or more: a longer datagram is cut at
-/// `length`, and a NUL is stored behind what arrived. `sourceText`, if not null, holds at least 16 bytes and
+/// `length`, and a NUL is stored after what arrived. `sourceText`, if not null, holds at least 16 bytes and
 /// receives the sender's dotted-quad address; `*sourcePort`, if not null, its port in host order. Both are
 /// left alone when nothing arrives. Returns the count of bytes; 0 when nothing came in time, for an empty
 /// datagram and, at once, for a negative descriptor; negative for an error.

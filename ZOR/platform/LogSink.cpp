@@ -3,24 +3,29 @@
 #include <cstdarg>
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <utility>
 
-#if defined(__ANDROID__)
-#include <android/log.h>
-#else
-#include <syslog.h>
-#endif
-
+#include "ZOR/platform/DropExceptions.h"
 #include "ZOR/platform/Log.h"
 #include "ZOR/platform/Mutex.h"
 #include "ZOR/platform/NeverDestroyed.h"
+#include "ZOR/platform/SystemLog.h"
 #include "ZOR/platform/Wipe.h"
 
 namespace zor {
 namespace {
 
-/// Holds the longest line: a fixed text, a 32-byte SSID, a 64-byte pass phrase and a number.
-constexpr std::size_t kLineSize = 256;
+/// Holds the longest line: a fixed text, a 32-byte SSID, a 64-byte pass phrase and a number. Wiped, as it may
+/// hold the pass phrase.
+struct Line {
+  Line() = default;
+  ~Line() { wipe(text, sizeof text); }
+  Line(const Line&) = delete;
+  Line& operator=(const Line&) = delete;
+
+  char text[256];
+};
 
 class SinkSlot {
  public:
@@ -42,24 +47,15 @@ class SinkSlot {
 
 constinit NeverDestroyed<SinkSlot> sinkSlot;
 
-void writeToSystemLog(const char* line) {
-#if defined(__ANDROID__)
-  __android_log_write(ANDROID_LOG_INFO, "ZorSuite", line);
-#else
-  syslog(LOG_USER | LOG_INFO, "%s", line);
-#endif
-}
-
 }  // namespace
 
 void log(const char* format, ...) {
-  char line[kLineSize];
+  Line line;
   va_list arguments;
   va_start(arguments, format);
-  std::vsnprintf(line, sizeof line, format, arguments);
+  std::vsnprintf(line.text, sizeof line.text, format, arguments);
   va_end(arguments);
-  ZorLogLine(line);
-  wipe(line, sizeof line);  // It may have held the pass phrase.
+  ZorLogLine(line.text);
 }
 
 }  // namespace zor
@@ -68,7 +64,7 @@ void ZorSetLogSink(ZorLogSink sink) {
   std::shared_ptr<const ZorLogSink> next;
   try {
     if (sink) next = std::make_shared<const ZorLogSink>(std::move(sink));
-  } catch (...) {
+  } catch (const std::bad_alloc&) {
     return;  // Without memory the present sink stays.
   }
   zor::sinkSlot.value.swap(next);
@@ -77,9 +73,5 @@ void ZorSetLogSink(ZorLogSink sink) {
 void ZorLogLine(const char* line) {
   const std::shared_ptr<const ZorLogSink> sink = zor::sinkSlot.value.get();
   if (!sink) return zor::writeToSystemLog(line);
-  try {
-    (*sink)(line);
-  } catch (...) {
-    // A sink that fails must not end the worker that had something to say.
-  }
+  zor::callAndDropExceptions([&] { (*sink)(line); });
 }

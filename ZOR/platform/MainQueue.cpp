@@ -7,57 +7,70 @@
 #include <new>
 #include <utility>
 
+#include "ZOR/platform/DropExceptions.h"
 #include "ZOR/platform/Mutex.h"
+#include "ZOR/platform/PostReport.h"
 #include "ZOR/platform/WakeDescriptor.h"
 
 namespace zor {
 namespace {
 
-constexpr std::int32_t kMostUndelivered = 1024;
+/// The places of one kind of closure. A closure has one from its post until it starts to run or is dropped.
+class Places {
+ public:
+  /// Returns false when all are taken.
+  bool take() {
+    if (taken_.fetch_add(1) < kPlaces) return true;
+    taken_.fetch_sub(1);
+    return false;
+  }
+  bool anyFree() const { return taken_ < kPlaces; }
+  void giveBack() { taken_.fetch_sub(1); }
 
-/// Closures that were posted and have neither run nor been dropped.
-std::atomic<std::int32_t> undelivered{0};
+ private:
+  static constexpr std::int32_t kPlaces = 1024;
+  std::atomic<std::int32_t> taken_{0};
+};
 
-/// One posted closure: it runs at most once, and counts as undelivered until it begins to run or is gone.
+constinit Places reportPlaces;
+constinit Places applicationPlaces;
+
+/// One posted closure, which runs at most once, in its place.
 class PostedClosure {
  public:
-  /// Null when as many closures as may wait do so already.
-  static std::shared_ptr<PostedClosure> make(std::function<void()> closure) {
-    if (undelivered.fetch_add(1) >= kMostUndelivered) {
-      undelivered.fetch_sub(1);
-      return nullptr;
-    }
+  /// Returns null when there is no place or no memory.
+  static std::shared_ptr<PostedClosure> make(Places& places, std::function<void()> closure) {
+    if (!places.take()) return nullptr;
     try {
-      return std::make_shared<PostedClosure>(std::move(closure));
-    } catch (...) {
-      undelivered.fetch_sub(1);
-      throw;
+      return std::make_shared<PostedClosure>(places, std::move(closure));
+    } catch (const std::bad_alloc&) {
+      places.giveBack();
+      return nullptr;
     }
   }
 
-  explicit PostedClosure(std::function<void()> closure) noexcept : closure_(std::move(closure)) {}
+  /// Takes over a place that was taken for it.
+  PostedClosure(Places& places, std::function<void()> closure) noexcept
+      : places_(places), closure_(std::move(closure)) {}
   ~PostedClosure() { deliver(); }
   PostedClosure(const PostedClosure&) = delete;
   PostedClosure& operator=(const PostedClosure&) = delete;
 
   void run() {
     if (!deliver()) return;
-    try {
-      closure_();
-    } catch (...) {
-      // The application's failure stays the application's; the closures behind still run.
-    }
+    callAndDropExceptions(closure_);
     closure_ = nullptr;
   }
 
  private:
-  /// True for the first caller alone.
+  /// Returns true for the first caller only.
   bool deliver() {
     if (delivered_.exchange(true)) return false;
-    undelivered.fetch_sub(1);
+    places_.giveBack();
     return true;
   }
 
+  Places& places_;
   std::function<void()> closure_;
   std::atomic<bool> delivered_{false};
 };
@@ -69,8 +82,8 @@ class MainQueue {
     post_.swap(post);
   }
 
-  bool post(std::function<void()> closure) ZOR_EXCLUDES(mutex_) {
-    std::shared_ptr<PostedClosure> posted = PostedClosure::make(std::move(closure));
+  bool post(Places& places, std::function<void()> closure) ZOR_EXCLUDES(mutex_) {
+    std::shared_ptr<PostedClosure> posted = PostedClosure::make(places, std::move(closure));
     if (!posted) return false;
     if (const std::shared_ptr<const ZorMainQueuePost> post = applicationPost()) {
       (*post)([posted] { posted->run(); });
@@ -145,7 +158,24 @@ MainQueue* mainQueue() {
   }
 }
 
+/// Returns false when the closure was dropped.
+bool post(Places& places, std::function<void()> closure) {
+  MainQueue* const queue = mainQueue();
+  bool posted = false;
+  callAndDropExceptions([&] { posted = queue != nullptr && queue->post(places, std::move(closure)); });
+  return posted;
+}
+
 }  // namespace
+
+bool postReport(std::function<void()> report) {
+  return post(reportPlaces, std::move(report));
+}
+
+bool hasPlaceForReport() {
+  return reportPlaces.anyFree();
+}
+
 }  // namespace zor
 
 void ZorSetMainQueue(ZorMainQueuePost post) {
@@ -154,7 +184,7 @@ void ZorSetMainQueue(ZorMainQueuePost post) {
     if (queue != nullptr) {
       queue->setPost(post ? std::make_shared<const ZorMainQueuePost>(std::move(post)) : nullptr);
     }
-  } catch (...) {
+  } catch (const std::bad_alloc&) {
     // Without memory the present queue stays.
   }
 }
@@ -170,10 +200,5 @@ std::int32_t ZorMainQueueDescriptor() {
 }
 
 bool ZorPostToMainQueue(std::function<void()> closure) {
-  zor::MainQueue* const queue = zor::mainQueue();
-  try {
-    return queue != nullptr && queue->post(std::move(closure));
-  } catch (...) {
-    return false;
-  }
+  return zor::post(zor::applicationPlaces, std::move(closure));
 }

@@ -5,17 +5,21 @@
 
 #include "ZOR/platform/Export.h"
 
+/// \file
 /// The main-thread queue: every delegate callback is a closure on it.
 ///
 /// 1. Closures run in the order in which they were posted, each at most once.
 /// 2. With the built-in queue they run only inside `ZorRunMainQueue`, on its caller's thread.
-/// 3. At most 1,024 closures are undelivered at a time, counting those handed to an application's
-///    own loop that have neither begun to run nor been dropped yet.
+/// 3. At most 1,024 callbacks and, counted apart, 1,024 closures that the application posted are undelivered
+///    at a time, including those in the hands of an application's own loop that have neither begun to run nor
+///    been dropped. However many modules report themselves, the application can post.
 /// 4. No lock of the library is held while a closure runs, so it may call any operation.
-/// 5. What a closure throws is dropped; the closures behind it still run.
+/// 5. What a closure throws is dropped; the closures after it still run. A closure that ends its thread
+///    (`pthread_exit`) counts as delivered, and the closures after it run in the next `ZorRunMainQueue`.
 
-/// Hands one closure to the application's main loop. It is called on worker threads, must not run
-/// the closure there, and must not block for long. What it throws drops the closure.
+/// Hands one closure to the application's main loop. It is called on the thread that posts: a worker's, or
+/// the application's in `ZorPostToMainQueue` and in the wrapper's start. It must not run the closure there,
+/// and must not block for long. What it throws drops the closure.
 using ZorMainQueuePost = std::function<void(std::function<void()> closure)>;
 
 /// Makes `post` take every closure posted from now on; an empty `post` restores the built-in queue.
@@ -35,7 +39,7 @@ ZOR_API std::int32_t ZorRunMainQueue(std::int32_t waitMs);
 /// Returns -1 when the system gives no descriptor; a later call tries again. Any thread.
 ZOR_API std::int32_t ZorMainQueueDescriptor();
 
-/// Posts `closure` to the main-thread queue. Returns false, with the closure dropped, when 1,024
-/// closures are undelivered, when memory is short, or when the application's loop refused it.
-/// Any thread; never blocks.
+/// Posts `closure` to the main-thread queue. Returns false, with the closure dropped, when 1,024 posted by
+/// this function are undelivered, when memory is short, or when the application's loop refused it. Any
+/// thread; never blocks.
 ZOR_API bool ZorPostToMainQueue(std::function<void()> closure);

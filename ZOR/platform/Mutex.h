@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "ZOR/platform/MonotonicWait.h"
 #include "ZOR/platform/ThreadAnnotations.h"
 
 namespace zor {
@@ -43,20 +44,30 @@ class ConditionVariable {
   using Instant = std::chrono::steady_clock::time_point;
 
   void wait(Mutex& mutex) ZOR_REQUIRES(mutex) {
-    std::unique_lock<std::mutex> lock(mutex.mutex_, std::adopt_lock);
-    condition_.wait(lock);
-    lock.release();
+    LentLock lent(mutex);
+    condition_.wait(lent.lock);
   }
 
+  /// The deadline is the monotonic clock's, and steps of the wall clock do not move it.
   void waitUntil(Mutex& mutex, Instant deadline) ZOR_REQUIRES(mutex) {
-    std::unique_lock<std::mutex> lock(mutex.mutex_, std::adopt_lock);
-    condition_.wait_until(lock, deadline);
-    lock.release();
+    LentLock lent(mutex);
+    waitByMonotonicClock(condition_, lent.lock, deadline);
   }
 
   void notifyAll() { condition_.notify_all(); }
 
  private:
+  /// The caller's hold on a mutex, lent to a wait. However the wait ends, by unwinding too, the mutex is then
+  /// locked and the caller's to unlock.
+  struct LentLock {
+    explicit LentLock(Mutex& mutex) : lock(mutex.mutex_, std::adopt_lock) {}
+    ~LentLock() { lock.release(); }
+    LentLock(const LentLock&) = delete;
+    LentLock& operator=(const LentLock&) = delete;
+
+    std::unique_lock<std::mutex> lock;
+  };
+
   std::condition_variable condition_;
 };
 

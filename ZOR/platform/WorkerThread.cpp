@@ -1,9 +1,15 @@
 #include "ZOR/platform/WorkerThread.h"
 
+#include <poll.h>
+#include <pthread.h>
+
+#include <cerrno>
 #include <csignal>
 #include <exception>
 #include <thread>
 #include <utility>
+
+#include "ZOR/platform/NeverDestroyed.h"
 
 namespace zor {
 namespace {
@@ -27,25 +33,68 @@ class BlockedSignals {
   sigset_t previous_;
 };
 
+/// How long a worker waits at a time when nothing can wake it, and rests when its wait has failed,
+/// milliseconds.
+constexpr std::int32_t kBlindWaitMs = 10;
+
+/// Every worker thread that there is: at most one of each kind, and those that are about to go.
+struct AllThreads {
+  Mutex mutex;
+  WorkerThread* first ZOR_GUARDED_BY(mutex) = nullptr;
+};
+
+constinit NeverDestroyed<AllThreads> allThreads;
+
+void runNamed(const char* name, const std::function<void()>& body) {
+#if defined(__APPLE__)
+  pthread_setname_np(name);
+#else
+  pthread_setname_np(pthread_self(), name);
+#endif
+  body();
+}
+
 }  // namespace
 
-bool WorkerThread::start(std::function<void()> body) {
+WorkerThread::WorkerThread() {
+  AllThreads& all = allThreads.value;
+  const MutexLock lock(all.mutex);
+  next_ = all.first;
+  if (next_ != nullptr) next_->previous_ = this;
+  all.first = this;
+}
+
+WorkerThread::~WorkerThread() {
+  AllThreads& all = allThreads.value;
+  const MutexLock lock(all.mutex);
+  if (next_ != nullptr) next_->previous_ = previous_;
+  (previous_ != nullptr ? previous_->next_ : all.first) = next_;
+}
+
+void WorkerThread::wakeAll() {
+  AllThreads& all = allThreads.value;
+  const MutexLock lock(all.mutex);
+  for (WorkerThread* thread = all.first; thread != nullptr; thread = thread->next_) thread->wake();
+}
+
+bool WorkerThread::start(const char* name, std::function<void()> body) {
   anchor_ = std::chrono::steady_clock::now();
   const BlockedSignals blocked;
   try {
     // Detached, because a worker ends by itself and nobody waits for its last instruction. The body
     // owns all that it uses, and what is process-wide is never destroyed.
-    std::thread(std::move(body)).detach();
+    std::thread(runNamed, name, std::move(body)).detach();
     return true;
   } catch (const std::exception&) {
     return false;
   }
 }
 
-void WorkerThread::cancel() {
+void WorkerThread::cancel(CancelReason reason) {
   {
     const MutexLock lock(mutex_);
-    cancelled_.store(true, std::memory_order_release);
+    if (!cancelled()) reason_.store(reason, std::memory_order_release);
+    wake_.raise();
   }
   condition_.notifyAll();
 }
@@ -54,8 +103,36 @@ void WorkerThread::wake() {
   {
     // Taken so that a wait either has not read its interval yet or is asleep and hears the notice.
     const MutexLock lock(mutex_);
+    wake_.raise();
   }
   condition_.notifyAll();
+}
+
+void WorkerThread::openWakeDescriptor() {
+  const MutexLock lock(mutex_);
+  wakeEnd_ = wake_.descriptor();
+}
+
+void WorkerThread::closeWakeDescriptor() {
+  const MutexLock lock(mutex_);
+  wake_.close();
+  wakeEnd_ = -1;
+}
+
+bool WorkerThread::waitReadable(std::int32_t descriptor, std::int32_t milliseconds) {
+  pollfd waited[] = {{descriptor, POLLIN, 0}, {wakeEnd_, POLLIN, 0}};  // A negative one is ignored.
+  const bool isBlind = wakeEnd_ < 0;
+  if (isBlind && (milliseconds < 0 || milliseconds > kBlindWaitMs)) milliseconds = kBlindWaitMs;
+  const bool noWait = poll(waited, 2, milliseconds) < 0 && errno != EINTR;
+  if (waited[1].revents != 0) {
+    const MutexLock lock(mutex_);
+    wake_.lower();
+  }
+  // A descriptor that was shut down is readable for ever, though a receive finds neither datagram nor error.
+  constexpr int kFailed = POLLERR | POLLHUP | POLLNVAL;
+  const bool failed = ((waited[0].revents | waited[1].revents) & kFailed) != 0;
+  if (noWait || failed) wait(kBlindWaitMs);
+  return waited[0].revents != 0;
 }
 
 void WorkerThread::wait(std::int32_t milliseconds) {

@@ -7,7 +7,7 @@
 namespace zor {
 namespace {
 
-/// ASCII alone: the process's locale has no say in what a tag is.
+/// ASCII only: the process's locale has no say in what a tag is.
 char lowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }

@@ -5,10 +5,10 @@
 
 namespace zor {
 
-/// The longest module line that is received, bytes.
-inline constexpr std::int32_t kLongestLine = 1024;
+/// Length of the longest module line that is received, bytes.
+inline constexpr std::int32_t kMaxLineLength = 1024;
 
-/// How the lines that a module sends begin; compared without regard to case.
+/// How the lines that a module sends start; compared without regard to case.
 inline constexpr std::string_view kNotificationTag = "xcmd_notify:";
 inline constexpr std::string_view kResponseTag = "xcmd_rsp:";
 
@@ -17,15 +17,15 @@ inline constexpr std::string_view kResponseTag = "xcmd_rsp:";
 /// Every text that it hands out is NUL-terminated, lies in the reader and lasts until the next call.
 class LineReader {
  public:
-  /// Opens the `length` bytes at `line`, at most `kLongestLine`, with a NUL behind them, and reads
+  /// Opens the `length` bytes at `line`, at most `kMaxLineLength`, and a NUL after them, and reads
   /// the id. The line is trimmed in place and must stay until the last pair is read. False, with the
-  /// line untouched, when it does not begin with `tag`.
+  /// line untouched, when it does not start with `tag`.
   bool open(char* line, std::int32_t length, std::string_view tag);
 
-  /// The field behind the tag.
+  /// The field after the tag.
   const char* id() const { return id_; }
 
-  /// Steps to the next pair; false behind the last. A piece without '=' is a pair of empty texts.
+  /// Steps to the next pair; false after the last. A piece without '=' is a pair of empty texts.
   bool nextPair();
 
   const char* key() const { return key_; }
@@ -38,9 +38,9 @@ class LineReader {
   const char* line_ = nullptr;
   std::int32_t length_ = 0;
   std::int32_t position_ = 0;
-  char id_[kLongestLine + 1];
-  char key_[kLongestLine + 1];
-  char value_[kLongestLine + 1];
+  char id_[kMaxLineLength + 1];
+  char key_[kMaxLineLength + 1];
+  char value_[kMaxLineLength + 1];
 };
 
 }  // namespace zor

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "ZOR/facade/Tunables.h"
+#include "ZOR/state/Tunables.h"
 
 namespace zor {
 
@@ -21,6 +21,12 @@ class Air {
   /// Waits for `interval` milliseconds, following its changes; 0 or less is no wait. Returns at once
   /// when the run is cancelled.
   virtual void wait(const ZorTunable& interval) = 0;
+
+  /// The same with a length that nothing changes.
+  virtual void wait(std::int32_t milliseconds) = 0;
+
+  /// Notes that a whole cycle has been sent.
+  virtual void endCycle() {}
 };
 
 }  // namespace zor

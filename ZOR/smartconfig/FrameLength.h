@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "ZOR/facade/Tunables.h"
+#include "ZOR/state/Tunables.h"
 
 namespace zor {
 

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "ZOR/facade/DeviceState.h"
 #include "ZOR/smartconfig/Crc8.h"
+#include "ZOR/state/Limits.h"
 
 namespace {
 
@@ -12,8 +12,8 @@ constexpr std::size_t kHeaderSize = 3;
 }  // namespace
 
 std::int32_t ZorBuildPacketSmartConfigV3(void* out, const char* ssid, const char* password) {
-  const std::size_t ssidLength = strnlen(ssid, kZorSsidSize - 1);
-  const std::size_t passwordLength = strnlen(password, kZorPasswordSize - 1);
+  const std::size_t ssidLength = strnlen(ssid, kZorMaxSsidLength);
+  const std::size_t passwordLength = strnlen(password, kZorMaxPassPhraseLength);
   const std::size_t length = kHeaderSize + ssidLength + passwordLength;
 
   auto* const packet = static_cast<std::uint8_t*>(out);

@@ -3,22 +3,21 @@
 #include <algorithm>
 #include <cstring>
 
-#include "ZOR/facade/DeviceState.h"
 #include "ZOR/smartconfig/Crc8.h"
+#include "ZOR/state/Limits.h"
 
 namespace {
 
 constexpr std::uint8_t kHeadBase = 0x10;
 constexpr std::size_t kHeaderSize = 4;
-constexpr std::size_t kMostPayload = 96;
 
 }  // namespace
 
 std::int32_t ZorBuildPacketSmartConfigV5(void* out, const char* ssid, const char* password,
                                          const void* append, std::uint32_t appendLength) {
-  const std::size_t ssidLength = strnlen(ssid, kZorSsidSize - 1);
-  const std::size_t passwordLength = strnlen(password, kZorPasswordSize - 1);
-  const std::size_t room = kMostPayload - ssidLength - passwordLength;
+  const std::size_t ssidLength = strnlen(ssid, kZorMaxSsidLength);
+  const std::size_t passwordLength = strnlen(password, kZorMaxPassPhraseLength);
+  const std::size_t room = kZorMaxPayloadLength - ssidLength - passwordLength;
   const std::size_t appended = std::min<std::size_t>(appendLength, room);
   const std::size_t payloadLength = ssidLength + passwordLength + appended;
 

@@ -1,7 +1,7 @@
-#include "ZOR/facade/SmartConfigStatus.h"
 #include "ZOR/net/UdpSocket.h"
 #include "ZOR/smartconfig/FrameLength.h"
 #include "ZOR/smartconfig/Schedules.h"
+#include "ZOR/state/SmartConfigStatus.h"
 
 namespace zor {
 namespace {
@@ -55,6 +55,7 @@ std::int32_t sendBroadcastBlock(Air& air, const PacketV5& packet) {
   for (std::int32_t cycle = 0; cycle < s_ZorSmart5_BcLoopRepeat; ++cycle) {
     if (air.cancelled()) return 0;
     if (const std::int32_t status = sendCycle(air, packet); status < 0) return status;
+    if (!air.cancelled()) air.endCycle();
   }
   air.wait(s_ZorSmart5_BcBlockInterval);
   return 0;

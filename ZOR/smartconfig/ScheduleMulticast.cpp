@@ -1,14 +1,14 @@
-#include "ZOR/facade/SmartConfigStatus.h"
 #include "ZOR/smartconfig/FrameLength.h"
 #include "ZOR/smartconfig/GroupText.h"
 #include "ZOR/smartconfig/Schedules.h"
+#include "ZOR/state/SmartConfigStatus.h"
 
 namespace zor {
 namespace {
 
 constexpr const char* kSyncGroup = "239.122.111.114";
-constexpr std::uint8_t kEvenOctet = 111;
-constexpr std::uint8_t kOddOctet = 114;
+constexpr std::uint8_t kEvenMark = 111;
+constexpr std::uint8_t kOddMark = 114;
 
 std::int32_t sendSync(Air& air) {
   for (std::int32_t tag = 0; tag < s_ZorSmart5_McTagRepeat; ++tag) {
@@ -19,11 +19,11 @@ std::int32_t sendSync(Air& air) {
   return 0;
 }
 
-/// The frame's index travels in its length, its two packet octets in the group.
+/// The frame's index travels in its length, its two packet bytes in the group.
 std::int32_t sendData(Air& air, const PacketV5& packet) {
   for (std::int32_t k = 0; 2 * k < packet.length; ++k) {
     if (air.cancelled()) return 0;
-    const GroupText group(k % 2 == 0 ? kEvenOctet : kOddOctet, &packet.bytes[2 * k]);
+    const GroupText group(k % 2 == 0 ? kEvenMark : kOddMark, &packet.bytes[2 * k]);
     if (air.send(group.text(), frameLength(s_ZorSmart5_McLen, k)) < 0) return kZorMulticastDataFailed;
     air.wait(s_ZorSmart5_McCharInterval);
   }
@@ -59,6 +59,7 @@ std::int32_t sendMulticastBlock(Air& air, const PacketV5& packet, const PacketV3
   for (std::int32_t cycle = 0; cycle < s_ZorSmart5_McLoopRepeat; ++cycle) {
     if (air.cancelled()) return 0;
     if (const std::int32_t status = sendCycle(air, packet, mixed); status < 0) return status;
+    if (!air.cancelled()) air.endCycle();
   }
   air.wait(s_ZorSmart5_McBlockInterval);
   return 0;

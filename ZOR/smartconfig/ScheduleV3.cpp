@@ -8,11 +8,11 @@ constexpr const char* kMarkerGroup = "239.90.0.0";
 constexpr std::int32_t kMarkerLength = 30;
 constexpr std::int32_t kMarkers = 3;
 constexpr std::int32_t kFirstFrameLength = 31;
-constexpr std::uint8_t kEvenOctet = 79;
-constexpr std::uint8_t kOddOctet = 82;
+constexpr std::uint8_t kEvenMark = 79;
+constexpr std::uint8_t kOddMark = 82;
 
-constinit const ZorTunable kFramePause{10};
-constinit const ZorTunable kCyclePause{20};
+constexpr std::int32_t kFramePauseMs = 10;
+constexpr std::int32_t kCyclePauseMs = 20;
 
 }  // namespace
 
@@ -21,15 +21,15 @@ CycleV3 sendCycleV3(Air& air, const PacketV3& packet, NoSocket noSocket) {
   for (std::int32_t marker = 0; marker < kMarkers; ++marker) {
     if (air.cancelled()) return CycleV3::through;
     if (air.send(kMarkerGroup, kMarkerLength) < 0 && mayEnd) return CycleV3::noSocketForMarker;
-    air.wait(kFramePause);
+    air.wait(kFramePauseMs);
   }
   for (std::int32_t j = 0; 2 * j < packet.length; ++j) {
     if (air.cancelled()) return CycleV3::through;
-    const GroupText group(j % 2 == 0 ? kEvenOctet : kOddOctet, &packet.bytes[2 * j]);
+    const GroupText group(j % 2 == 0 ? kEvenMark : kOddMark, &packet.bytes[2 * j]);
     if (air.send(group.text(), kFirstFrameLength + j) < 0 && mayEnd) return CycleV3::noSocketForFrame;
-    air.wait(kFramePause);
+    air.wait(kFramePauseMs);
   }
-  air.wait(kCyclePause);
+  air.wait(kCyclePauseMs);
   return CycleV3::through;
 }
 

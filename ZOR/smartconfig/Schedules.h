@@ -14,9 +14,9 @@ namespace zor {
 enum class CycleV3 { through, noSocketForMarker, noSocketForFrame };
 
 /// What the version 3 cycle does when a frame finds no socket.
-enum class NoSocket { goesOn, endsCycle };
+enum class NoSocket { isIgnored, endsCycle };
 
-/// Three markers, one frame for each pair of octets, a pause.
+/// Three markers, one frame for each pair of bytes, a pause.
 CycleV3 sendCycleV3(Air& air, const PacketV3& packet, NoSocket noSocket);
 
 /// Cycles of sync frames, data frames and, with a version 3 packet that is not empty, a version 3

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "ZOR/net/Clock.h"
 #include "ZOR/net/UdpSocket.h"
 
 namespace zor {
@@ -22,7 +23,23 @@ SocketAir::~SocketAir() {
 std::int32_t SocketAir::send(const char* destination, std::int32_t length) {
   idle_ = false;
   const std::int32_t bounded = std::clamp(length, 0, static_cast<std::int32_t>(sizeof kPayload));
-  return sender_(&socket_, kPayload, bounded, destination, kSmartConfigPort);
+  const SendResult result = channel_.send(&socket_, kPayload, bounded, destination, kSmartConfigPort);
+  count(result);
+  return result.sent;
+}
+
+void SocketAir::count(const SendResult& result) {
+  SenderCounters& counters = channel_.counters;
+  if (result.opened) counters.socketsOpened.add();
+  if (result.error == 0) {
+    counters.datagrams.add();
+    counters.bytes.add(result.sent);
+    return;
+  }
+  counters.error.set(result.error, ZorGetUsec());
+  if (result.sent < 0) return;
+  counters.failedSends.add();
+  log_.add(result.error);
 }
 
 void SocketAir::wait(const ZorTunable& interval) {
@@ -30,7 +47,13 @@ void SocketAir::wait(const ZorTunable& interval) {
   thread_.wait(interval.value());
 }
 
-void SocketAir::restIfIdle() {
+void SocketAir::wait(std::int32_t milliseconds) {
+  if (milliseconds > 0) idle_ = false;
+  thread_.wait(milliseconds);
+}
+
+void SocketAir::endBlock() {
+  channel_.counters.blocks.add();
   if (idle_) thread_.wait(1);
   idle_ = true;
 }

@@ -7,10 +7,10 @@
 
 namespace zor {
 
-/// Reads one response of a module and tells what it does to the upgrade's status. No I/O, no clock.
+/// Reads one response of a module and says what it does to the upgrade's status. No I/O, no clock.
 class UpgradeAnswer {
  public:
-  /// Opens the `length` bytes at `line`, at most `kLongestLine`, with a NUL behind them; they are
+  /// Opens the `length` bytes at `line`, at most `kMaxLineLength`, and a NUL after them; they are
   /// trimmed in place and stay until `applyTo` has returned. False when they are no response.
   bool open(char* line, std::int32_t length);
 

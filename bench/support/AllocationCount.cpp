@@ -17,27 +17,29 @@ std::int64_t zor::bench::allocationCount() {
   return allocations;
 }
 
-// The GNU C library's own names of its allocator, which these stand in front of. What they return is freed
-// by its `free`.
+// These replace the allocator of the GNU C library and call it by its internal names. Its `free` frees what
+// they return.
 extern "C" {
 
+// NOLINTBEGIN(readability-identifier-naming)
 void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_calloc(std::size_t nmemb, std::size_t size);
+void* __libc_realloc(void* ptr, std::size_t size);
+// NOLINTEND(readability-identifier-naming)
 
 void* malloc(std::size_t size) {
   countOne();
   return __libc_malloc(size);
 }
 
-void* calloc(std::size_t count, std::size_t size) {
+void* calloc(std::size_t nmemb, std::size_t size) {
   countOne();
-  return __libc_calloc(count, size);
+  return __libc_calloc(nmemb, size);
 }
 
-void* realloc(void* memory, std::size_t size) {
+void* realloc(void* ptr, std::size_t size) {
   countOne();
-  return __libc_realloc(memory, size);
+  return __libc_realloc(ptr, size);
 }
 
 }  // extern "C"

@@ -4,8 +4,8 @@
 
 namespace zor::bench {
 
-/// How often any thread of the process has asked for heap memory so far, operator new included. Linking
-/// AllocationCount.cpp puts the count in front of the C library's allocator.
+/// Returns how often the process's threads have allocated heap memory so far, with operator new too. Linking
+/// AllocationCount.cpp replaces the C library's allocator by one that counts.
 std::int64_t allocationCount();
 
 }  // namespace zor::bench

@@ -6,16 +6,16 @@
 #include "ZOR/net/UdpSocket.h"
 #include "ZOR/protocol/LineReader.h"
 #include "ZOR/smartconfig/Schedules.h"
-#include "ZOR/smartconfig/SocketAir.h"
+#include "bench/support/SampleRun.h"
 
 namespace zor::bench {
 namespace {
 
-constexpr std::uint16_t kSmartConfigPort = 6001;
+using Sender = decltype(&ZorUdpBcSendData);
 
 class CountedSleepAir final : public Air {
  public:
-  CountedSleepAir(const std::atomic<bool>& isCancelled, SocketAir::Sender sender)
+  CountedSleepAir(const std::atomic<bool>& isCancelled, Sender sender)
       : isCancelled_(isCancelled), sender_(sender) {}
   ~CountedSleepAir() override { ZorUdpClose(socket_); }
 
@@ -28,17 +28,18 @@ class CountedSleepAir final : public Air {
   void wait(const ZorTunable& interval) override {
     for (std::int32_t passed = 0; passed < interval && !isCancelled_; ++passed) usleep(1000);
   }
+  void wait(std::int32_t milliseconds) override { wait(ZorTunable(milliseconds)); }
 
  private:
   const std::atomic<bool>& isCancelled_;
-  SocketAir::Sender sender_;
+  Sender sender_;
   std::int32_t socket_ = -1;
   std::uint8_t payload_[1024] = {};
 };
 
 }  // namespace
 
-CountedSleepRun::CountedSleepRun(const RunInputs& inputs) {
+CountedSleepRun::CountedSleepRun(const SenderInputs& inputs) {
   const PacketV5 packet = buildPacketV5(inputs);
   broadcast_ = std::thread([this, packet] {
     CountedSleepAir air(cancelled_, ZorUdpBcSendData);
@@ -60,9 +61,9 @@ CountedSleepRun::~CountedSleepRun() {
 
 ReceiveLoop::ReceiveLoop(std::int32_t port) : descriptor_(ZorUdpInit(port)) {
   thread_ = std::thread([this] {
-    char line[kLongestLine + 1];
+    char line[kMaxLineLength + 1];
     char source[kZorIpSize];
-    while (!cancelled_) ZorUdpRecvData(descriptor_, line, kLongestLine, source, nullptr);
+    while (!cancelled_) ZorUdpRecvData(descriptor_, line, kMaxLineLength, source, nullptr);
     running_ = false;
   });
 }

@@ -3,16 +3,17 @@
 #include <atomic>
 #include <thread>
 
-#include "ZOR/facade/Worker.h"
+#include "ZOR/smartconfig/SenderInputs.h"
 
 namespace zor::bench {
 
-/// The baseline: a version 5 run with its schedules and sockets, in which a wait of N milliseconds is N
-/// sleeps of one millisecond with a cancellation test before each, as such senders are commonly written.
+/// The baseline of the senders: a version 5 run with the library's schedules and sockets, in which a wait of
+/// N milliseconds is N sleeps of one millisecond with a cancellation test before each, as such senders are
+/// commonly written.
 class CountedSleepRun {
  public:
   /// Starts the broadcast sender and then the multicast sender.
-  explicit CountedSleepRun(const RunInputs& inputs);
+  explicit CountedSleepRun(const SenderInputs& inputs);
   ~CountedSleepRun();
   CountedSleepRun(const CountedSleepRun&) = delete;
   CountedSleepRun& operator=(const CountedSleepRun&) = delete;
@@ -28,7 +29,7 @@ class CountedSleepRun {
   std::thread multicast_;
 };
 
-/// The baseline of a listener: receives, 10 ms at most at a time, and does nothing with what it gets.
+/// The baseline of a listener: receives for at most 10 ms at a time and drops what it receives.
 class ReceiveLoop {
  public:
   explicit ReceiveLoop(std::int32_t port);

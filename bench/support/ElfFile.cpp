@@ -61,11 +61,11 @@ class Reader {
     for (std::uint64_t offset = 0; offset < symbols.sh_size; offset += symbols.sh_entsize) {
       const auto symbol = at<Elf64_Sym>(symbols.sh_offset + offset);
       if (symbol.st_shndx == SHN_UNDEF || ELF64_ST_BIND(symbol.st_info) == STB_LOCAL) continue;
-      file.exports.push_back(readable(bytes_.data() + names.sh_offset + symbol.st_name));
+      file.exports.push_back(demangled(bytes_.data() + names.sh_offset + symbol.st_name));
     }
   }
 
-  static std::string readable(const char* symbol) {
+  static std::string demangled(const char* symbol) {
     int status = 0;
     const std::unique_ptr<char, void (*)(void*)> name(abi::__cxa_demangle(symbol, nullptr, nullptr, &status),
                                                       std::free);

@@ -15,10 +15,11 @@
 #include <ctime>
 #include <thread>
 
+#include "bench/support/SampleRun.h"
+
 namespace zor::bench {
 namespace {
 
-constexpr std::uint16_t kSmartConfigPort = 6001;
 constexpr std::uint16_t kEtherTypeIp = 0x0800;
 constexpr std::chrono::milliseconds kDrainInterval{500};
 
@@ -60,9 +61,9 @@ FrameCapture::~FrameCapture() {
 }
 
 bool FrameCapture::receiveOne() {
-  std::uint8_t octets[sizeof(iphdr) + sizeof(udphdr)];
+  std::uint8_t headers[sizeof(iphdr) + sizeof(udphdr)];
   alignas(cmsghdr) char control[256];
-  iovec part{octets, sizeof octets};
+  iovec part{headers, sizeof headers};
   msghdr message{};
   message.msg_iov = &part;
   message.msg_iovlen = 1;
@@ -70,12 +71,12 @@ bool FrameCapture::receiveOne() {
   message.msg_controllen = sizeof control;
   const ssize_t count = recvmsg(descriptor_, &message, 0);
   if (count < 0) return false;
-  if (static_cast<std::size_t>(count) < sizeof octets) return true;
+  if (static_cast<std::size_t>(count) < sizeof headers) return true;
 
   iphdr ip;
   udphdr udp;
-  std::memcpy(&ip, octets, sizeof ip);
-  std::memcpy(&udp, octets + sizeof ip, sizeof udp);
+  std::memcpy(&ip, headers, sizeof ip);
+  std::memcpy(&udp, headers + sizeof ip, sizeof udp);
   if (ip.ihl != 5 || ip.protocol != IPPROTO_UDP || ntohs(udp.dest) != kSmartConfigPort) return true;
   char destination[INET_ADDRSTRLEN];
   inet_ntop(AF_INET, &ip.daddr, destination, sizeof destination);

@@ -6,30 +6,30 @@
 
 namespace zor::bench {
 
-/// One UDP datagram as it arrived: nanoseconds by the kernel's stamp, destination, length.
+/// One UDP datagram as it arrived.
 struct CapturedFrame {
-  std::int64_t ns;
-  std::string destination;
-  std::int32_t length;
+  std::int64_t timeNs;      ///< By the kernel's stamp.
+  std::string destination;  ///< Dotted-quad address or group.
+  std::int32_t length;      ///< Of the datagram, bytes.
 };
 
 /// Captures the smart configuration datagrams that arrive at an interface, stamped by the kernel. They wait
-/// in the socket's buffer, which holds some 200: call `drain` twice a second.
+/// in the socket's buffer, which holds about 200: call `drain` twice a second.
 class FrameCapture {
  public:
-  /// Ends the process when it may not capture.
+  /// Ends the process when capturing is not allowed.
   explicit FrameCapture(const std::string& interface);
   ~FrameCapture();
   FrameCapture(const FrameCapture&) = delete;
   FrameCapture& operator=(const FrameCapture&) = delete;
 
-  /// Takes what has arrived so far.
+  /// Takes the datagrams that have arrived so far.
   void drain();
 
-  /// Drains for as long as `seconds`.
+  /// Blocks for `seconds` and drains meanwhile.
   void drainFor(double seconds);
 
-  /// What was taken, multicasts or broadcasts.
+  /// Returns the multicasts, or the broadcasts, in the order of their arrival.
   std::vector<CapturedFrame> frames(bool multicast) const;
 
  private:

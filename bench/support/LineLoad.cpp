@@ -17,7 +17,7 @@
 namespace zor::bench {
 namespace {
 
-/// The kernel's counters of a socket's memory.
+/// Returns one of the kernel's figures for a socket's memory, an SK_MEMINFO_ index.
 std::uint32_t memoryInfo(std::int32_t descriptor, int which) {
   std::uint32_t info[SK_MEMINFO_VARS] = {};
   socklen_t size = sizeof info;
@@ -44,7 +44,7 @@ LineLoad::~LineLoad() {
 std::size_t LineLoad::write(Line& line, LineKind kind) {
   if (kind == LineKind::garbage) {
     return static_cast<std::size_t>(std::snprintf(
-        line.data(), line.size(), "no module says this: mac=02:00:00:00:00:00,ver=1.0,cap=0x1,\r\n"));
+        line.data(), line.size(), "not a module line: mac=02:00:00:00:00:00,ver=1.0,cap=0x1,\r\n"));
   }
   const std::uint32_t id = kind == LineKind::fresh ? ++freshLines_ : 0;
   return static_cast<std::size_t>(
@@ -66,9 +66,9 @@ void LineLoad::send(LineKind kind, std::size_t count) {
 }
 
 void LineLoad::sendAll(LineKind kind, std::size_t count) {
-  const std::uint32_t mostMemory = memoryInfo(receiver_, SK_MEMINFO_RCVBUF) / 2;
+  const std::uint32_t maxMemory = memoryInfo(receiver_, SK_MEMINFO_RCVBUF) / 2;
   for (std::size_t sent = 0; sent < count; sent += kBatch) {
-    while (memoryInfo(receiver_, SK_MEMINFO_RMEM_ALLOC) > mostMemory) std::this_thread::yield();
+    while (memoryInfo(receiver_, SK_MEMINFO_RMEM_ALLOC) > maxMemory) std::this_thread::yield();
     send(kind, std::min(kBatch, count - sent));
   }
   while (anyWaiting()) std::this_thread::yield();

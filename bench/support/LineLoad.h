@@ -6,19 +6,19 @@
 
 namespace zor::bench {
 
-/// What a load of lines is made of.
+/// Which lines a load sends.
 enum class LineKind {
   fresh,    ///< Notifications, each of another module.
   repeat,   ///< The same notification over and over.
-  garbage,  ///< No module line at all.
+  garbage,  ///< The same text, which is no module line, over and over.
 };
 
-/// Sends lines over loopback to a receiver in this process, many per system call. Allocates nothing.
+/// Sends lines over the loopback to a receiver in this process, many per system call. Allocates nothing.
 class LineLoad {
  public:
   static constexpr std::size_t kBatch = 64;
 
-  /// `receiver` is the descriptor of the socket that is bound to `port`.
+  /// `receiver` is the descriptor of the socket that is bound to `port`; it must stay open.
   LineLoad(std::int32_t receiver, std::int32_t port);
   ~LineLoad();
   LineLoad(const LineLoad&) = delete;
@@ -27,13 +27,13 @@ class LineLoad {
   /// Sends `count` lines, at most `kBatch`.
   void send(LineKind kind, std::size_t count);
 
-  /// Sends as fast as the receiver takes them, so that none is lost, and returns when all are taken.
+  /// Sends `count` lines as fast as the receiver takes them, so none is lost. Returns when all are taken.
   void sendAll(LineKind kind, std::size_t count);
 
-  /// Sends `perMillisecond` lines in each millisecond whether they are taken or not.
+  /// Sends `perMillisecond` lines in each of `milliseconds`, whether the receiver takes them or not.
   void sendPaced(LineKind kind, std::size_t perMillisecond, std::size_t milliseconds);
 
-  /// Lines that found the receiver's buffer full, since it was opened.
+  /// Returns how many lines were lost because the receiver's buffer was full, since its socket was opened.
   std::uint32_t dropped() const;
 
  private:

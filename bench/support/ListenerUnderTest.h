@@ -13,9 +13,7 @@ namespace zor::bench {
 
 using Clock = std::chrono::steady_clock;
 
-inline constexpr std::int32_t kListenPort = 25010;
-
-/// Counts what it hears and keeps the time of the latest.
+/// Counts the reported modules and notes when the latest was reported.
 class CountingDelegate final : public ZorSuiteDelegate {
  public:
   void onSearchFound(const std::string&, const std::string&, const std::string&, const std::string&,
@@ -23,21 +21,21 @@ class CountingDelegate final : public ZorSuiteDelegate {
   void onSmartFound(const std::string&, const std::string&, const std::string&, const std::string&,
                     const std::string&) override {
     latest = Clock::now();
-    ++heard;
+    ++reported;
   }
 
-  std::size_t heard = 0;
+  std::size_t reported = 0;
   Clock::time_point latest{};
 };
 
-/// The library's listener with a load at its port.
+/// The library's listener, and a load for it.
 class Listener {
  public:
   Listener() {
     const ThreadIds before = threadIds();
-    suite.SmartConfigOnlineListen(kListenPort);
+    suite.SmartConfigOnlineListen(kZorAnnouncementPort);
     threads = threadIdsSince(before);
-    load = std::make_unique<LineLoad>(s_ZorDevice.listenSocket, kListenPort);
+    load = std::make_unique<LineLoad>(s_ZorDevice.listenSocket, kZorAnnouncementPort);
   }
   ~Listener() {
     suite.SmartConfigStop();
@@ -51,14 +49,14 @@ class Listener {
   std::unique_ptr<LineLoad> load;
 };
 
-/// The baseline: a loop that receives and drops, with a load at its port.
+/// The baseline: a loop that receives and drops, and a load for it.
 class BareReceiver {
  public:
   BareReceiver() {
     const ThreadIds before = threadIds();
-    loop = std::make_unique<ReceiveLoop>(kListenPort);
+    loop = std::make_unique<ReceiveLoop>(kZorAnnouncementPort);
     threads = threadIdsSince(before);
-    load = std::make_unique<LineLoad>(loop->descriptor(), kListenPort);
+    load = std::make_unique<LineLoad>(loop->descriptor(), kZorAnnouncementPort);
   }
 
   std::unique_ptr<ReceiveLoop> loop;

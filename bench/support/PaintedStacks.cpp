@@ -16,16 +16,16 @@ namespace {
 
 constexpr std::size_t kStackSize = 256 * 1024;
 constexpr std::uint8_t kPaint = 0xA5;
-constexpr std::size_t kMostThreads = 64;
+constexpr std::size_t kMaxThreads = 64;
 
-std::array<std::uint8_t*, kMostThreads> stacks{};
+std::array<std::uint8_t*, kMaxThreads> stacks{};
 std::atomic<std::size_t> started{0};
 
-/// Never unmapped: it is read after its thread has ended.
+/// The stack is never unmapped, because it is read after its thread has ended.
 std::uint8_t* makeStack() {
   void* const memory =
       mmap(nullptr, kStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
-  if (memory == MAP_FAILED || started == kMostThreads) std::abort();
+  if (memory == MAP_FAILED || started == kMaxThreads) std::abort();
   std::memset(memory, kPaint, kStackSize);
   return stacks[started++] = static_cast<std::uint8_t*>(memory);
 }
@@ -45,15 +45,15 @@ std::size_t stackUsed(std::size_t index) {
 
 }  // namespace zor::bench
 
-/// Stands in front of the C library's; the attributes that callers ask for are left aside.
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t*, void* (*body)(void*),
-                              void* argument) noexcept {
+/// Replaces the C library's function and ignores the attributes that callers ask for.
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t*, void* (*routine)(void*),
+                              void* arg) noexcept {
   using Create = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-  static const auto create = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
+  const auto create = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
   pthread_attr_setstack(&attributes, zor::bench::makeStack(), zor::bench::kStackSize);
-  const int result = create(thread, &attributes, body, argument);
+  const int result = create(thread, &attributes, routine, arg);
   pthread_attr_destroy(&attributes);
   return result;
 }

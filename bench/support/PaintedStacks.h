@@ -4,14 +4,14 @@
 
 namespace zor::bench {
 
-// Linking PaintedStacks.cpp gives every new thread of the process a stack of its own making, filled with a
-// pattern, so that it shows afterwards how deep the thread has gone.
+// Linking PaintedStacks.cpp gives every new thread of the process a stack that is filled with a pattern,
+// which shows afterwards how much of it the thread has used.
 
-/// How many threads have been started so far.
+/// Returns how many threads have been started so far.
 std::size_t threadsStarted();
 
-/// Bytes of stack that the `index`th thread has used, counted from 0 in the order of their starts. The C
-/// library's own data on top of the stack are among them.
+/// Returns the bytes of stack that thread `index` has used, counted from 0 in the order of their starts. They
+/// include the C library's own data on top of the stack.
 std::size_t stackUsed(std::size_t index);
 
 }  // namespace zor::bench

@@ -5,12 +5,13 @@
 #include <iostream>
 
 #include "ZOR/ZorSuite.h"
+#include "tests/support/OwnNamespace.h"
 
 namespace zor::bench {
 
 Program::Program(int argc, char** argv) : argc_(argc), argv_(argv) {
   app_.add_flag("--json", json_, "Print one JSON object per line");
-  app_.add_option("--csv", csvFile_, "Write comma-separated values to this file as well");
+  app_.add_option("--csv", csvFile_, "Also write comma-separated values to this file");
 }
 
 void Program::parse(const std::string& description) {
@@ -23,11 +24,7 @@ void Program::parse(const std::string& description) {
 }
 
 void Program::prepareToSend() {
-  const char* const mark = std::getenv("ZOR_NAMESPACE");
-  if (mark == nullptr || std::string(mark) != "1") {
-    std::cerr << "Run this with scripts/in-namespace: it sends multicasts and broadcasts.\n";
-    std::exit(2);
-  }
+  test::refuseOutsideNamespace();
   ZorSetLogSink([](const char*) {});
 }
 

@@ -7,23 +7,22 @@
 
 namespace zor::bench {
 
-/// The command line and the output of one benchmark.
+/// The command line and the output of a benchmark.
 class Program {
  public:
   Program(int argc, char** argv);
 
-  /// Where a benchmark adds options of its own.
+  /// Returns the command line's parser, to which a benchmark adds its own options.
   CLI::App& options() { return app_; }
 
-  /// Reads the command line; ends the process after --help, which begins with `description`, and after wrong
-  /// use.
+  /// Reads the command line. Ends the process after --help, which prints `description`, and after an error.
   void parse(const std::string& description);
 
-  /// Ends the process unless it runs under scripts/in-namespace: what it sends must not reach a network.
-  /// Drops the library's log lines from then on.
+  /// Ends the process unless it runs under scripts/in-namespace, because what it sends must not reach a
+  /// network. From here on the library's log lines are dropped.
   static void prepareToSend();
 
-  /// Prints a table, or JSON lines with --json, and writes the file of --csv.
+  /// Prints a table, or JSON lines with --json. Also writes the file of --csv.
   void print(const Table& table) const;
 
  private:
@@ -34,7 +33,7 @@ class Program {
   std::string csvFile_;
 };
 
-/// What a benchmark is, called by the one `main` of them all: adds its options, parses, measures, prints.
+/// Runs a benchmark: adds its options, parses, measures, prints. Each benchmark defines it; `main` calls it.
 void runBenchmark(Program& program);
 
 }  // namespace zor::bench

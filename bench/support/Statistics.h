@@ -6,7 +6,7 @@
 
 namespace zor::bench {
 
-/// The value that the `share` (0 to 1) of `values` does not exceed; 0 for no values.
+/// Returns the value that a `share` (0 to 1) of `values` does not exceed, or 0 when there are no values.
 inline double percentile(std::vector<double> values, double share) {
   if (values.empty()) return 0;
   const double rank = std::ceil(share * static_cast<double>(values.size()));
@@ -19,7 +19,7 @@ inline double median(const std::vector<double>& values) {
   return percentile(values, 0.5);
 }
 
-/// `value` in parts of `baseline`.
+/// Returns `value` divided by `baseline`, or NaN when that is 0.
 inline double ratio(double value, double baseline) {
   return baseline == 0 ? NAN : value / baseline;
 }

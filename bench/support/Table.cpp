@@ -8,7 +8,7 @@
 namespace zor::bench {
 namespace {
 
-/// Three significant digits and every digit before the point.
+/// Writes three significant digits, and all digits before the point.
 std::string numberText(double value) {
   const double size = std::fabs(value);
   const int decimals = value == std::floor(value) || size >= 100 ? 0 : size >= 10 ? 1 : size >= 1 ? 2 : 3;
@@ -23,7 +23,7 @@ std::string cellText(const Row& cell) {
   return "-";
 }
 
-/// Texts stand to the left, numbers to the right.
+/// Aligns texts to the left and numbers to the right.
 std::string padded(const Row& cell, std::size_t width) {
   const std::string text = cellText(cell);
   const std::string blanks(width - text.size(), ' ');
@@ -45,7 +45,7 @@ void Table::print(std::ostream& out) const {
       std::size_t width = column.size();
       for (const Row& row : rows_) width = std::max(width, cellText(row[column]).size());
       const std::string text = padded(line[column], width);
-      // A heading stands as its column does.
+      // A heading is aligned as its column is.
       const bool shifted = line[column].is_string() && !first.is_string();
       out << "  " << (shifted ? std::string(width - column.size(), ' ') + column : text);
     }

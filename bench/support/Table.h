@@ -7,27 +7,27 @@
 
 namespace zor::bench {
 
-/// One line of a table: an object that maps column names to texts and numbers, in the columns' order.
+/// One row of a table: an object that maps column names to texts and numbers, in the order of the columns.
 using Row = nlohmann::ordered_json;
 
-/// What a benchmark has to say.
+/// Results of a benchmark.
 class Table {
  public:
-  /// `name` begins every line for machines; `title` stands above the table for people.
+  /// `name` identifies the table in JSON lines; `title` is printed above it.
   Table(std::string name, std::string title) : name_(std::move(name)), title_(std::move(title)) {}
 
-  /// Every row has the columns of the first.
+  /// Adds a row, which must have the columns of the first one.
   void add(Row row) { rows_.push_back(std::move(row)); }
 
   const std::vector<Row>& rows() const { return rows_; }
 
-  /// The title and the rows in aligned columns.
+  /// Prints the title and the rows in aligned columns.
   void print(std::ostream& out) const;
 
-  /// A JSON object for each row on a line of its own, with the table's name as "benchmark".
+  /// Prints each row as a JSON object on a line of its own, with the table's name as "benchmark".
   void printJson(std::ostream& out) const;
 
-  /// Comma-separated values under a line of column names, for a plotting program.
+  /// Prints a line of column names and the rows as comma-separated values, for a plotting program.
   void printCsv(std::ostream& out) const;
 
  private:

@@ -7,7 +7,7 @@
 
 namespace zor::bench {
 
-/// What threads have cost so far.
+/// What threads have used so far.
 struct ThreadUse {
   double cpuMs = 0;
   std::int64_t wakeUps = 0;  ///< Voluntary context switches: each ends in a wake-up.
@@ -20,13 +20,13 @@ struct ThreadUse {
 
 using ThreadIds = std::vector<pid_t>;
 
-/// The process's threads, oldest first.
+/// Returns the process's threads, oldest first.
 ThreadIds threadIds();
 
-/// Those of the process's threads that are not in `before`, oldest first.
+/// Returns the process's threads that are not in `before`, oldest first.
 ThreadIds threadIdsSince(const ThreadIds& before);
 
-/// What the kernel has counted for the threads of this process. One that has ended counts nothing.
+/// Returns what the kernel has counted for these threads of the process; nothing for those that have ended.
 ThreadUse useOf(const ThreadIds& threads);
 
 }  // namespace zor::bench

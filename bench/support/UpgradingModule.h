@@ -8,7 +8,7 @@
 
 namespace zor::bench {
 
-/// Answers upgrade requests at the module's address: half way until it is told to be done.
+/// Answers upgrade requests on port 25000: reports 50 per cent until `finish` is called, then 100.
 class UpgradingModule {
  public:
   static constexpr const char* kIp = "10.77.0.1";
@@ -21,19 +21,20 @@ class UpgradingModule {
   UpgradingModule(const UpgradingModule&) = delete;
   UpgradingModule& operator=(const UpgradingModule&) = delete;
 
+  /// Any thread.
   void finish() { done_ = true; }
 
  private:
   static constexpr std::int32_t kPort = 25000;
-  static constexpr std::int32_t kLongestRequest = 1024;
+  static constexpr std::int32_t kMaxRequestLength = 1024;
 
   void answer() {
     const std::int32_t socket = ZorUdpInit(kPort);
-    char line[kLongestRequest + 1];
+    char line[kMaxRequestLength + 1];
     char source[kZorIpSize];
     std::uint32_t port = 0;
     while (!ended_) {
-      if (ZorUdpRecvData(socket, line, kLongestRequest, source, &port) <= 0) continue;
+      if (ZorUdpRecvData(socket, line, kMaxRequestLength, source, &port) <= 0) continue;
       const char* const reply = replyTo(line);
       ZorUdpSendData(socket, reply, static_cast<std::int32_t>(std::strlen(reply)), source,
                      static_cast<std::uint16_t>(port));

@@ -80,6 +80,20 @@ ssize_t __wrap_sendto(int descriptor, const void* bytes, size_t length, int flag
   return __real_sendto(descriptor, bytes, length, flags, to, size);
 }
 
+ssize_t __real_recvfrom(int descriptor, void* buffer, size_t length, int flags, sockaddr* from,
+                        socklen_t* size);
+
+ssize_t __wrap_recvfrom(int descriptor, void* buffer, size_t length, int flags, sockaddr* from,
+                        socklen_t* size) {
+  FakeSystem* const fake = current;
+  if (fake != nullptr && fake->receivesToFail > 0) {
+    --fake->receivesToFail;
+    errno = fake->receiveError;
+    return -1;
+  }
+  return __real_recvfrom(descriptor, buffer, length, flags, from, size);
+}
+
 int __wrap_gettimeofday(timeval* now, void* zone) {
   const int result = __real_gettimeofday(now, zone);
   FakeSystem* const fake = current;

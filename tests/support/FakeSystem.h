@@ -36,6 +36,14 @@ class FakeSystem {
   /// Datagrams for which `fails` is true are not sent; the call reports EPERM.
   void failSendsWhen(std::function<bool(const SentDatagram&)> fails);
 
+  /// The next `count` receives fail with `error`, as those of a socket that the system has taken away.
+  void failReceives(int count, int error) {
+    receiveError = error;
+    receivesToFail = count;
+  }
+  std::atomic<int> receivesToFail{0};
+  std::atomic<int> receiveError{0};
+
   /// What was handed over, in order, since the test began or had it forgotten.
   std::vector<SentDatagram> sent() const;
   void forgetSent();

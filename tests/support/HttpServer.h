@@ -9,8 +9,8 @@
 #include <string>
 #include <thread>
 
-/// Answers every HTTP request on the loopback with the same octets, then closes the connection; without
-/// octets it keeps the client waiting until its own end.
+/// Answers every HTTP request on the loopback with the same bytes, then closes the connection. Without bytes
+/// it keeps the client waiting until the server ends.
 class HttpServer {
  public:
   explicit HttpServer(std::string response) : response_(std::move(response)) {
@@ -19,7 +19,7 @@ class HttpServer {
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
-    // Without a listener every connection is refused, which no test takes for success.
+    // Without a listener every connection is refused, which no test mistakes for success.
     static_cast<void>(bind(listener_, reinterpret_cast<sockaddr*>(&address), size));
     static_cast<void>(listen(listener_, 4));
     getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
@@ -42,12 +42,12 @@ class HttpServer {
       client_ = client;
       ++connections_;
       std::string request;
-      char octets[512];
+      char bytes[512];
       for (ssize_t count; request.find("\r\n\r\n") == std::string::npos || response_.empty();) {
-        if ((count = read(client, octets, sizeof octets)) <= 0) break;
-        request.append(octets, static_cast<std::size_t>(count));
+        if ((count = read(client, bytes, sizeof bytes)) <= 0) break;
+        request.append(bytes, static_cast<std::size_t>(count));
       }
-      // All of it, since the socket blocks; what a client that left does not get is none of ours.
+      // The socket blocks, so this sends everything, unless the client has left.
       static_cast<void>(send(client, response_.data(), response_.size(), MSG_NOSIGNAL));
       client_ = -1;
       close(client);

@@ -32,8 +32,9 @@ class RecordingAir final : public zor::Air {
     return onFrame ? onFrame(frames.back()) : length;
   }
 
-  void wait(const ZorTunable& interval) override {
-    if (!isCancelled && interval > 0) now += interval;
+  void wait(const ZorTunable& interval) override { wait(std::int32_t{interval}); }
+  void wait(std::int32_t milliseconds) override {
+    if (!isCancelled && milliseconds > 0) now += milliseconds;
   }
 
   std::vector<std::int32_t> lengths() const {

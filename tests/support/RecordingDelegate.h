@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ZOR/ZorSuite.h"
+#include "tests/support/Wait.h"
 
 /// Keeps what it hears as "id|address|version|capabilities|extension", and on which thread.
 class RecordingDelegate : public ZorSuiteDelegate {
@@ -35,6 +36,7 @@ class RecordingDelegate : public ZorSuiteDelegate {
 
 /// Runs the main queue until `list` holds `count` entries; false after `limitMs`.
 inline bool drainUntil(const std::vector<std::string>& list, std::size_t count, int limitMs = 2000) {
+  limitMs = patience(limitMs);
   for (int waited = 0; list.size() < count && waited < limitMs; waited += 10) ZorRunMainQueue(10);
   return list.size() >= count;
 }

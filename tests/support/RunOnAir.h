@@ -8,15 +8,15 @@
 #include <vector>
 
 #include "ZOR/smartconfig/Schedules.h"
-#include "receiver/Decoder.h"
+#include "receiver/decoder/Decoder.h"
 #include "tests/support/RecordingAir.h"
 
-/// What one run has to say, within the fields' limits.
+/// The texts of one run, within the fields' limits.
 struct RunTexts {
   std::string ssid, password, append;
 
-  zor::RunInputs inputs() const {
-    zor::RunInputs inputs{};
+  zor::SenderInputs inputs() const {
+    zor::SenderInputs inputs;
     ssid.copy(inputs.ssid, sizeof inputs.ssid - 1);
     password.copy(inputs.password, sizeof inputs.password - 1);
     append.copy(reinterpret_cast<char*>(inputs.appendData), sizeof inputs.appendData - 1);
@@ -27,14 +27,14 @@ struct RunTexts {
   /// True when `credentials` are these texts, as far as their encoding carries them.
   bool are(const zor::receiver::Credentials& credentials) const {
     const std::string heard(credentials.append.begin(), credentials.append.end());
-    const bool version3 = credentials.encoding == zor::receiver::Encoding::kVersion3;
+    const bool version3 = credentials.encoding == zor::receiver::Encoding::version3;
     const std::size_t room = std::min<std::size_t>(16, 96 - ssid.size() - password.size());
     return credentials.ssid == ssid && credentials.passPhrase == password &&
            heard == (version3 ? "" : append.substr(0, room));
   }
 };
 
-/// The channels of a run: those of version 5, with version 3 mixed in or not, or version 3 alone.
+/// The channels of a run: those of version 5, with version 3 mixed in or not, or only version 3.
 enum class RunKind { multicast, broadcast, both, mixed, version3 };
 inline constexpr RunKind kRunKinds[] = {RunKind::multicast, RunKind::broadcast, RunKind::both, RunKind::mixed,
                                         RunKind::version3};
@@ -60,12 +60,12 @@ inline zor::receiver::Observation observed(const Frame& frame) {
 /// Everything that a run of `blocks` blocks puts on the air, in the order in which it is heard.
 inline std::vector<zor::receiver::Observation> runOnAir(const RunTexts& texts, RunKind kind, int blocks) {
   RecordingAir multicast, broadcast;
-  const zor::RunInputs inputs = texts.inputs();
+  const zor::SenderInputs inputs = texts.inputs();
   const zor::PacketV5 packet = zor::buildPacketV5(inputs);
   const zor::PacketV3 older = zor::buildPacketV3(inputs);
   for (int block = 0; block < blocks; ++block) {
     if (kind == RunKind::version3) {
-      for (int cycle = 0; cycle < 5; ++cycle) zor::sendCycleV3(multicast, older, zor::NoSocket::goesOn);
+      for (int cycle = 0; cycle < 5; ++cycle) zor::sendCycleV3(multicast, older, zor::NoSocket::isIgnored);
       continue;
     }
     const bool mixed = kind == RunKind::mixed;

@@ -7,9 +7,11 @@
 #include <string>
 #include <thread>
 #include <utility>
+#include <variant>
 #include <vector>
 
-#include "receiver/VirtualModule.h"
+#include "receiver/module/VirtualModule.h"
+#include "tests/support/Wait.h"
 
 namespace zor::receiver {
 
@@ -21,11 +23,9 @@ inline VirtualModuleOptions optionsOf(bool provisioned, Misbehaviour misbehaviou
   return options;
 }
 
-/// A module that lives on a thread, and all that has happened to it.
+/// A module that runs on a thread, and all its events.
 class RunningModule {
  public:
-  static constexpr std::chrono::milliseconds kLimit{5000};
-
   explicit RunningModule(VirtualModuleOptions options)
       : module_(std::move(options),
                 [this](const ModuleEvent& event) {
@@ -38,8 +38,9 @@ class RunningModule {
     if (thread_.joinable()) stop();
   }
 
-  /// True once the module lives; one that is provisioned answers from then on.
-  bool isStarted() { return waitFor(ModuleEvent::Kind::started).has_value(); }
+  /// Waits until the module has started; a provisioned one answers from then on. Returns false when it has
+  /// not in time.
+  bool isStarted() { return waitFor<ModuleStarted>().has_value(); }
 
   VirtualModule& module() { return module_; }
 
@@ -53,12 +54,14 @@ class RunningModule {
     return error_;
   }
 
-  std::optional<ModuleEvent> waitFor(ModuleEvent::Kind kind, std::chrono::milliseconds limit = kLimit) {
+  /// Waits for an event of this kind and returns the latest; nothing when none comes in time.
+  template <class Event>
+  std::optional<Event> waitFor() {
     std::unique_lock lock(mutex_);
-    std::optional<ModuleEvent> found;
-    changed_.wait_for(lock, limit, [&] {
+    std::optional<Event> found;
+    changed_.wait_for(lock, std::chrono::milliseconds(patience(5000)), [&] {
       for (const ModuleEvent& event : events_) {
-        if (event.kind == kind) found = event;
+        if (const auto* kind = std::get_if<Event>(&event)) found = *kind;
       }
       return found.has_value();
     });

@@ -53,13 +53,13 @@ inline bool scannersAgree(const std::string& line, std::size_t start) {
   const auto key = buffer(), value = buffer(), trimmed = buffer();
 
   const SlowField field = slowValue(line, start);
-  const std::int32_t behindField = GetValue(exact.get(), length, from, value.get());
-  if (behindField != static_cast<std::int32_t>(field.next) || !holds(value, field.text)) return false;
+  const std::int32_t afterField = GetValue(exact.get(), length, from, value.get());
+  if (afterField != static_cast<std::int32_t>(field.next) || !holds(value, field.text)) return false;
 
   const SlowPair pair = slowKeyValue(line, start);
   value[line.size()] = '#';
-  const std::int32_t behindPair = GetKeyValue(exact.get(), length, from, key.get(), value.get());
-  if (behindPair != static_cast<std::int32_t>(pair.next)) return false;
+  const std::int32_t afterPair = GetKeyValue(exact.get(), length, from, key.get(), value.get());
+  if (afterPair != static_cast<std::int32_t>(pair.next)) return false;
   if (!holds(key, pair.key) || !holds(value, pair.value)) return false;
   if (!pair.found && value[line.size()] != '\0') return false;
 

@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "tests/support/Wait.h"
+
 /// A UDP socket of the test's own on the loopback or in the test's network: a module's or a phone's.
 class UdpPeer {
  public:
@@ -18,7 +20,7 @@ class UdpPeer {
     std::string address;
   };
 
-  /// \param port 0 for an ephemeral one.
+  /// `port` is 0 for an ephemeral one.
   explicit UdpPeer(std::uint16_t port = 0, const std::string& address = "0.0.0.0") {
     descriptor_ = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const int on = 1;
@@ -47,12 +49,16 @@ class UdpPeer {
 
   Datagram receive(int limitMs = 1000) const {
     pollfd wanted{descriptor_, POLLIN, 0};
-    if (poll(&wanted, 1, limitMs) <= 0) return {};
+    if (poll(&wanted, 1, patience(limitMs)) <= 0) return {};
     char buffer[2048];
     sockaddr_in from{};
-    socklen_t size = sizeof from;
-    const ssize_t count =
-        recvfrom(descriptor_, buffer, sizeof buffer, 0, reinterpret_cast<sockaddr*>(&from), &size);
+    iovec content{buffer, sizeof buffer};
+    msghdr message{};
+    message.msg_name = &from;
+    message.msg_namelen = sizeof from;
+    message.msg_iov = &content;
+    message.msg_iovlen = 1;
+    const ssize_t count = recvmsg(descriptor_, &message, 0);  // Not recvfrom, for the same reason.
     if (count < 0) return {};
     char address[INET_ADDRSTRLEN];
     inet_ntop(AF_INET, &from.sin_addr, address, sizeof address);

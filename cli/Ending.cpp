@@ -1,0 +1,17 @@
+#include "cli/Ending.h"
+
+namespace zor::cli {
+
+ExitCode finish(Output& output, const Ending& ending) {
+  const bool ok = ending.problem.empty();
+  Json event = {{"event", "finished"}, {"ok", ok}};
+  event.update(ending.details);
+  if (!ok) event["problem"] = ending.problem;
+  if (!ending.summary.empty()) output.reportText(ending.summary);
+  output.reportJson(event);
+  if (ok) return output.exitCode();
+  output.complain(ending.problem);
+  return ending.stopped ? output.stoppedCode() : ExitCode::failure;
+}
+
+}  // namespace zor::cli

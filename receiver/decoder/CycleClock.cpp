@@ -1,0 +1,208 @@
+#include "receiver/decoder/CycleClock.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace zor::receiver {
+namespace {
+
+/// Below this, the pace is lost in the jitter of the sender and of the air.
+constexpr std::int64_t kMinPace = 3'000;
+constexpr std::int64_t kMaxPace = 10'000'000;
+
+/// A default pace counts as much as one that was measured over this many indices.
+constexpr int kDefaultPaceSpan = 8;
+
+/// A busy channel delays frames, some more than others, and may push this many in a row off the grid.
+constexpr int kMaxOutliers = 3;
+
+/// Whole cycles may be lost, but a frame that comes more than this many cycles later proves nothing.
+constexpr std::int64_t kMaxCyclesApart = 64;
+
+/// In a burst, indices follow each other at this pace at most, whatever the sender's pace is.
+constexpr std::int64_t kMaxBurstPace = 10'000;
+
+/// The step from one burst to the next is at least this many times as long as a step within a burst.
+constexpr std::int64_t kBurstContrast = 3;
+
+/// Even steps speak against bursts; one uneven step outweighs this many of them.
+constexpr int kUnevenStep = 8;
+constexpr int kUnevennessOfBursts = 2 * kUnevenStep;
+
+/// A run that replaces another causes a break or two. This many mean that there is no timetable.
+constexpr int kBreaksOfNoTimetable = 8;
+
+/// A channel pauses longest while the other encoding is mixed in: 1.63 s for the longest packet. A buffer may
+/// add 300 ms.
+constexpr std::int64_t kMaxSilence = 2'000'000;
+
+}  // namespace
+
+CycleClock::CycleClock(std::int64_t defaultPace) : pace_(defaultPace), paceSpan_(kDefaultPaceSpan) {}
+
+void CycleClock::restart() {
+  started_ = false;
+  streak_ = 0;
+  period_ = 0;
+  periodConfirmed_ = false;
+  challenger_.reset();
+  measuredPace_ = 0;
+  unevenness_ = 0;
+  breaks_ = 0;
+  silenceEnd_.reset();
+  timeless_ = false;
+}
+
+void CycleClock::noteBurst() {
+  streak_ = 0;
+  unevenness_ = std::min(unevenness_ + kUnevenStep, kUnevennessOfBursts);
+  timeless_ = timeless_ || unevenness_ >= kUnevennessOfBursts;
+}
+
+void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace) {
+  const auto [shorter, longer] = std::minmax(pace, previousPace);
+  if (shorter < 0) return noteBurst();  // Time ran backwards.
+  const bool uneven = shorter < kMaxBurstPace && longer > kBurstContrast * shorter;
+  if (uneven || pace < kMinPace) {
+    noteBurst();
+  } else if (unevenness_ > 0) {
+    --unevenness_;
+  }
+}
+
+CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
+  const int steps = index - previousIndex_;
+  const std::int64_t elapsed = time - previousTime_;
+  previousIndex_ = index;
+  previousTime_ = time;
+  if (!started_) {
+    started_ = true;
+    streak_ = 1;
+    beginCycle(index, time);
+    return Fit::started;
+  }
+  if (elapsed > kMaxSilence) silenceEnd_ = time;
+  if (timeless_) return observeTimeless(elapsed, time);
+  const bool paceRepeats = measurePace(steps, elapsed);
+  if (timeless_) return Fit::timeless;
+  const std::int64_t residual = time - timeOf(index);
+  if (index >= referenceIndex_ && std::abs(residual) <= tolerance()) {
+    follow(index, time, residual);
+    return Fit::onGrid;
+  }
+  if (period_ != 0 && isMultiple(residual, period_)) {
+    periodConfirmed_ = true;
+    lengthenStreak();
+    beginCycle(index, time);
+    return Fit::nextCycle;
+  }
+  if (paceRepeats && adoptPace(index, time)) return Fit::onGrid;
+  if (challenger_ &&
+      std::abs(time - challenger_->time - (index - challenger_->index) * pace_) <= tolerance()) {
+    if (index > challenger_->index) return adoptChallenger(index, time);
+    if (index == challenger_->index) return Fit::outlier;  // The same frame heard twice.
+  }
+  const int outliers = challenger_ ? challenger_->outliers + 1 : 1;
+  if (outliers <= kMaxOutliers) {
+    challenger_ = Challenger{index, time, residual, outliers};
+    return Fit::outlier;
+  }
+  streak_ = 1;
+  period_ = 0;
+  periodConfirmed_ = false;
+  beginCycle(index, time);
+  return broken();
+}
+
+std::optional<int> CycleClock::indexAt(std::int64_t time) const {
+  const std::int64_t distance = time - referenceTime_;
+  if (std::abs(distance) > kMaxPace * kMaxCyclesApart) return std::nullopt;
+  const std::int64_t half = distance < 0 ? -pace_ / 2 : pace_ / 2;
+  const std::int64_t steps = (distance + half) / pace_;
+  if (std::abs(distance - steps * pace_) > tolerance()) return std::nullopt;
+  return static_cast<int>(referenceIndex_ + steps);
+}
+
+bool CycleClock::explainedBy(std::int64_t period) const {
+  if (period_ != 0 && !periodConfirmed_ && !isMultiple(period_, period)) return false;
+  return !challenger_ || isMultiple(challenger_->shift, period);
+}
+
+bool CycleClock::isMultiple(std::int64_t shift, std::int64_t period) const {
+  if (period <= 0 || shift < period / 2) return false;
+  const std::int64_t count = (shift + period / 2) / period;
+  return count <= kMaxCyclesApart && std::abs(shift - count * period) <= tolerance();
+}
+
+void CycleClock::beginCycle(int index, std::int64_t time) {
+  referenceIndex_ = cycleFirstIndex_ = index;
+  referenceTime_ = cycleFirstTime_ = time;
+  challenger_.reset();
+}
+
+void CycleClock::follow(int index, std::int64_t time, std::int64_t residual) {
+  // A frame that does not fit between frames that do is the sign of a buffer that releases in bursts.
+  if (challenger_) streak_ = 0;
+  lengthenStreak();
+  challenger_.reset();
+  const int span = index - cycleFirstIndex_;
+  if (span > paceSpan_) {
+    pace_ = std::clamp((time - cycleFirstTime_) / span, kMinPace, kMaxPace);
+    paceSpan_ = span;
+  }
+  referenceIndex_ = index;
+  referenceTime_ = time - residual * 3 / 4;  // A late frame moves the grid only a little.
+}
+
+CycleClock::Fit CycleClock::adoptChallenger(int index, std::int64_t time) {
+  const Challenger first = *challenger_;
+  beginCycle(first.index, first.time);
+  follow(index, time, 0);
+  const std::int64_t previousPeriod = period_;
+  periodConfirmed_ = previousPeriod != 0 && isMultiple(previousPeriod, first.shift);
+  period_ = first.shift > 0 ? first.shift : 0;
+  if (periodConfirmed_) return Fit::nextCycle;
+  if (previousPeriod == 0 && period_ != 0) return Fit::newCycle;
+  streak_ = 2;
+  return broken();
+}
+
+CycleClock::Fit CycleClock::observeTimeless(std::int64_t elapsed, std::int64_t time) {
+  if (elapsed <= kMaxSilence) return Fit::onGrid;
+  beginCycle(referenceIndex_, time);
+  return Fit::broken;
+}
+
+void CycleClock::lengthenStreak() {
+  streak_ = std::min(streak_ + 1, kSteadyStreak);
+}
+
+CycleClock::Fit CycleClock::broken() {
+  if (++breaks_ < kBreaksOfNoTimetable) return Fit::broken;
+  timeless_ = true;
+  return Fit::timeless;
+}
+
+bool CycleClock::measurePace(int steps, std::int64_t elapsed) {
+  if (steps <= 0) return false;
+  const std::int64_t measured = elapsed / steps;
+  const bool repeats = std::abs(measured - measuredPace_) <= measured / 8;
+  if (measuredPace_ > 0) judgeEvenness(measured, measuredPace_);
+  measuredPace_ = measured;
+  return repeats && measured >= kMinPace && measured <= kMaxPace;
+}
+
+bool CycleClock::adoptPace(int index, std::int64_t time) {
+  const int span = index - cycleFirstIndex_;
+  if (span < 2 || std::abs(time - cycleFirstTime_ - span * measuredPace_) > measuredPace_ * 2 / 5)
+    return false;
+  pace_ = (time - cycleFirstTime_) / span;
+  paceSpan_ = span;
+  streak_ = 2;
+  challenger_.reset();
+  referenceIndex_ = index;
+  referenceTime_ = time;
+  return true;
+}
+
+}  // namespace zor::receiver

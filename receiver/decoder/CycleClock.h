@@ -1,0 +1,114 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace zor::receiver {
+
+/// Follows the timetable of one channel of one sender.
+///
+/// A cycle sends its numbered frames at an even pace, each index one pace after the index before it, and
+/// cycles follow each other with a constant period. The clock takes the index and the time of every frame
+/// heard and says whether the frame continues the timetable. That is how a receiver knows which index a frame
+/// without a number has, and that no other run has replaced the one it was listening to.
+///
+/// Times and paces are in microseconds. Any sequence of indices and times is safe.
+class CycleClock {
+ public:
+  enum class Fit {
+    started,    ///< First frame: nothing to compare with.
+    onGrid,     ///< Where the current cycle puts it; any place when timeless().
+    nextCycle,  ///< In a later cycle, where the known period puts it.
+    newCycle,   ///< Second frame of a cycle whose distance from the last one cannot be judged yet.
+    broken,     ///< Second frame of a cycle that the timetable does not explain.
+    outlier,    ///< Off the grid; the next frames will show what it means.
+    timeless,   ///< Times have just turned out to mean nothing, including all earlier ones.
+  };
+
+  /// `defaultPace` is the one that senders use unless they are configured otherwise.
+  explicit CycleClock(std::int64_t defaultPace);
+
+  /// Takes the next numbered frame.
+  Fit observe(int index, std::int64_t time);
+
+  /// Returns the index whose time is nearest, or nothing when the time is too far off the grid to say.
+  std::optional<int> indexAt(std::int64_t time) const;
+
+  /// True when enough frames in a row fitted the grid to rely on indexAt().
+  bool steady() const { return !timeless_ && streak_ >= kSteadyStreak; }
+
+  /// True once there is no doubt that a buffer releases the frames in bursts, as an access point does while
+  /// stations sleep. Until restart() their order holds and their times mean nothing. Only a silence longer
+  /// than any pause of a run still counts as a break: a person needs longer to correct a pass phrase.
+  bool timeless() const { return timeless_; }
+
+  /// Another channel has shown that times mean nothing.
+  void noteTimeless() { timeless_ = true; }
+
+  /// Frames without an index were heard closer together than they are sent, which is a sign of a buffer. The
+  /// clock is steady() again only after another row of fitting frames.
+  void noteBurst();
+
+  /// True when the last frame was an outlier.
+  bool hasOutlier() const { return challenger_.has_value(); }
+
+  /// True when the cycles that could not be judged when they came (Fit::newCycle, Fit::outlier) lie a whole
+  /// number of the given periods apart.
+  bool explainedBy(std::int64_t period) const;
+
+  /// Time of the first frame of the cycle that observe() last reported as started, newCycle or broken.
+  std::int64_t cycleStart() const { return cycleFirstTime_; }
+
+  /// Time of the latest frame that ended a silence longer than any pause of a run.
+  std::optional<std::int64_t> silenceEnd() const { return silenceEnd_; }
+
+  std::int64_t pace() const { return pace_; }
+
+  /// Forgets the current cycle and the period, keeps the pace.
+  void restart();
+
+ private:
+  /// An outlier that may be the first frame of another cycle.
+  struct Challenger {
+    int index;
+    std::int64_t time;
+    std::int64_t shift;  ///< Distance from the current cycle's grid.
+    int outliers;        ///< In a row, including this one.
+  };
+
+  static constexpr int kSteadyStreak = 6;
+
+  std::int64_t tolerance() const { return pace_ * 2 / 5; }
+  std::int64_t timeOf(int index) const { return referenceTime_ + (index - referenceIndex_) * pace_; }
+  bool isMultiple(std::int64_t shift, std::int64_t period) const;
+  void beginCycle(int index, std::int64_t time);
+  void follow(int index, std::int64_t time, std::int64_t residual);
+  Fit observeTimeless(std::int64_t elapsed, std::int64_t time);
+  Fit adoptChallenger(int index, std::int64_t time);
+  Fit broken();
+  void lengthenStreak();
+  bool measurePace(int steps, std::int64_t elapsed);
+  void judgeEvenness(std::int64_t pace, std::int64_t previousPace);
+  bool adoptPace(int index, std::int64_t time);
+
+  std::int64_t pace_;
+  int paceSpan_;  ///< Number of indices over which the pace was measured.
+  bool started_ = false;
+  int streak_ = 0;
+  int referenceIndex_ = 0;
+  std::int64_t referenceTime_ = 0;
+  int cycleFirstIndex_ = 0;
+  std::int64_t cycleFirstTime_ = 0;
+  std::int64_t period_ = 0;
+  bool periodConfirmed_ = false;
+  std::optional<Challenger> challenger_;
+  std::int64_t measuredPace_ = 0;
+  int unevenness_ = 0;
+  std::optional<std::int64_t> silenceEnd_;
+  int breaks_ = 0;
+  bool timeless_ = false;
+  int previousIndex_ = 0;
+  std::int64_t previousTime_ = 0;
+};
+
+}  // namespace zor::receiver

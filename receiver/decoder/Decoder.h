@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "receiver/decoder/Credentials.h"
+#include "receiver/decoder/Observation.h"
+
+namespace zor::receiver {
+
+class SenderRecord;
+
+/// How far the credentials of one sender are known.
+struct SenderProgress {
+  MacAddress sender{};
+  /// The encoding of which more is known.
+  Encoding encoding = Encoding::version5;
+  /// Packet bytes known so far.
+  int bytesKnown = 0;
+  /// Packet bytes in total, 0 while unknown.
+  int bytesTotal = 0;
+  /// True once credentials of this sender were reported.
+  bool reported = false;
+};
+
+/// Progress of every sender that has been heard with something to decode, in no particular order.
+using DecoderProgress = std::vector<SenderProgress>;
+
+/// Recovers credentials from the frames that phones send to modules outside the network.
+///
+/// Frames of any number of senders may be mixed, lost, repeated and delayed; frames that are not part of an
+/// encoding are ignored. Credentials are reported only when the packet's CRC holds and the evidence for it is
+/// consistent: the decoder waits for more frames rather than guess. Where a buffer hides the times of the
+/// frames, only contradicting bytes and the CRC show that one run has directly replaced another.
+///
+/// Guarantees:
+///  1. observe() takes bounded time and does not allocate, except for the credentials that it returns.
+///  2. Memory is fixed at construction: kMaxSenders records. When one more sender is heard, the one that was
+///     silent longest is forgotten, and before that any that was hardly heard at all.
+///  3. Any observation is safe to pass in.
+///
+/// Not thread-safe: one thread at a time. Never blocks. A decoder that was moved from can only be assigned to
+/// or destroyed.
+class Decoder {
+ public:
+  static constexpr std::size_t kMaxSenders = 16;
+
+  Decoder();
+  ~Decoder();
+  Decoder(Decoder&&) noexcept;
+  Decoder& operator=(Decoder&&) noexcept;
+
+  /// Takes the next frame; frames are passed in the order in which they were heard. Returns the credentials
+  /// of the frame's sender, if this frame made them complete and they are news. With the SSID and the pass
+  /// phrase last reported they are news only when they come from version 5 with other append bytes.
+  std::optional<Credentials> observe(const Observation& observation);
+
+  /// What is known so far, for a progress display. Allocates.
+  DecoderProgress progress() const;
+
+  /// Forgets every sender.
+  void reset();
+
+ private:
+  SenderRecord& recordOf(const Observation& observation);
+
+  std::unique_ptr<SenderRecord[]> records_;
+};
+
+}  // namespace zor::receiver

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+#include "receiver/decoder/PacketEvidence.h"
+
+namespace zor::receiver {
+
+/// The values heard between two position frames. Whatever was lost, their order holds: between positions i
+/// and j only the values i + 1 to j are sent. A value is placed once only one place is possible: when as many
+/// values were heard as were sent, or when bytes already known rule out the other places.
+class ValueRun {
+ public:
+  /// `after` is the index of the position frame before the values, -1 after a sync frame, nothing if unknown;
+  /// `time` is that of this frame.
+  void begin(std::optional<int> after, std::int64_t time);
+
+  /// Takes the next value. The same value twice in a row counts once: it may be a copy.
+  void push(std::uint8_t value);
+
+  /// The position frame after the values was heard. If its index is not above the one before them, it is of
+  /// the next cycle. `packetLength` is 0 if unknown; `pace` is the time from one byte to the next. Returns
+  /// true when there is anything to place. There is not when a whole cycle may have been lost in between, as
+  /// the order then proves nothing.
+  bool end(int index, std::int64_t time, int packetLength, std::int64_t pace);
+
+  /// Once the run has ended, adds each value with only one possible place to the evidence, once. Returns true
+  /// when nothing more can be learnt from this run.
+  bool place(PacketEvidence& evidence);
+
+  /// True for the position that comes next when nothing is lost.
+  bool isFollowedBy(int index) const { return after_ && index == *after_ + 1; }
+
+ private:
+  static constexpr std::size_t kMaxValues = 8;
+
+  std::optional<int> after_;
+  int last_ = 0;  ///< Index of the position frame after the values, plus modulus_ if it is of the next cycle.
+  int modulus_ = 0;  ///< Indices from this one on are of the next cycle.
+  std::int64_t time_ = 0;
+  std::int64_t startTime_ = 0;
+  std::array<std::uint8_t, kMaxValues> values_{};
+  std::array<bool, kMaxValues> placed_{};
+  std::size_t count_ = 0;
+};
+
+/// Runs with values that could still go to several places, until more is known. When there are too many, the
+/// oldest is forgotten.
+class OpenRuns {
+ public:
+  void add(const ValueRun& run);
+
+  /// Places the values for which newly learnt bytes leave only one place.
+  void place(PacketEvidence& evidence);
+
+  void clear() { count_ = 0; }
+
+ private:
+  static constexpr std::size_t kMaxRuns = 64;
+
+  std::array<ValueRun, kMaxRuns> runs_{};  ///< In the order in which they were heard.
+  std::size_t count_ = 0;
+  unsigned changesPlaced_ = 0;
+};
+
+}  // namespace zor::receiver

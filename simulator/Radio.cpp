@@ -1,0 +1,34 @@
+#include "simulator/Radio.h"
+
+namespace zor::simulator {
+namespace {
+
+/// The mean length of a burst of losses: as long as a person who passes or a microwave oven keeps every frame
+/// from getting through.
+constexpr double kMeanBurstUs = 50'000;
+
+}  // namespace
+
+LossModel::LossModel(const RadioConditions& conditions, Random& random)
+    : conditions_(conditions), random_(random) {
+  if (!conditions_.bursts) return;
+  bad_ = random_.fraction() < conditions_.loss;
+  changeUs_ = nextStay();
+}
+
+bool LossModel::loses(std::int64_t timeUs) {
+  if (!conditions_.bursts) return random_.fraction() < conditions_.loss;
+  if (conditions_.loss <= 0) return false;
+  while (changeUs_ <= static_cast<double>(timeUs)) {
+    bad_ = !bad_;
+    changeUs_ += nextStay();
+  }
+  return bad_;
+}
+
+double LossModel::nextStay() const {
+  const double meanGoodUs = kMeanBurstUs * (1 - conditions_.loss) / conditions_.loss;
+  return random_.exponential(bad_ ? kMeanBurstUs : meanGoodUs);
+}
+
+}  // namespace zor::simulator

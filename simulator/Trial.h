@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "receiver/decoder/Decoder.h"
+#include "simulator/PhonePlan.h"
+#include "simulator/Radio.h"
+
+namespace zor::simulator {
+
+/// When a module starts to listen: before the phones send, or at a random moment of their runs.
+enum class Listens { fromStart, anyTime };
+
+/// Phones that provision at the same time, and the air between them and the module.
+struct Scenario {
+  std::vector<const PhonePlan*> phones;
+  RadioConditions radio;
+  Listens listens = Listens::anyTime;
+};
+
+/// A run that has not provisioned after this many seconds is given up.
+inline constexpr double kGiveUpSeconds = 100;
+
+/// What became of one run. Times are `kGiveUpSeconds` when the run was given up.
+struct Outcome {
+  double decoderSeconds = kGiveUpSeconds;    ///< Until the decoder had every phone's credentials.
+  double boundSeconds = kGiveUpSeconds;      ///< Until each piece of information had arrived once.
+  std::vector<receiver::Credentials> wrong;  ///< Credentials that no phone sent.
+};
+
+/// Simulates one run, in virtual time. `decoder` is reset first; it is lent so that many runs can share one.
+Outcome runTrial(const Scenario& scenario, std::uint64_t seed, receiver::Decoder& decoder);
+
+/// Simulates `runs` runs with the seeds from `firstSeed` up, on as many threads as there are processors.
+/// Returns their outcomes in the order of the seeds.
+std::vector<Outcome> runTrials(const Scenario& scenario, int runs, std::uint64_t firstSeed = 1);
+
+}  // namespace zor::simulator
