@@ -107,7 +107,7 @@ void ZorSuite::DeviceSearch() {
   s_threadDeviceSearch.waitUntilEmpty();
   zor::searchCounters.reset(ZorWorkerState::running);
   const bool started =
-      zor::Worker::start(s_threadDeviceSearch, zor::WorkerKind{"zor-search", true},
+      zor::Worker::start(s_threadDeviceSearch, zor::WorkerKind{"zor-search", true, zor::searchCounters.state},
                          [slot = delegateSlot_](zor::WorkerThread& thread) { zor::runSearch(thread, slot); });
   if (!started) zor::searchCounters.state = ZorWorkerState::noThread;
 }

@@ -93,7 +93,7 @@ std::int32_t ZorSuite::SmartConfigOnlineListen(std::int32_t port) {
   zor::listenerCounters.port = bound;
   zor::listenerCounters.state = ZorWorkerState::running;
   const bool started = zor::Worker::start(
-      s_threadSmartOnlineListen, zor::WorkerKind{"zor-listen", true},
+      s_threadSmartOnlineListen, zor::WorkerKind{"zor-listen", true, zor::listenerCounters.state},
       [slot = delegateSlot_, bound](zor::WorkerThread& thread) { zor::runListener(thread, slot, bound); });
   if (!started) {
     ZorUdpClose(s_ZorDevice.listenSocket.exchange(-1));

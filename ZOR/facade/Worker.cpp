@@ -12,8 +12,11 @@ namespace zor {
 struct Worker::Ending {
   Worker& worker;
   WorkerSlot& slot;
+  std::atomic<ZorWorkerState>& state;
 
   ~Ending() {
+    ZorWorkerState unfinished = ZorWorkerState::running;
+    state.compare_exchange_strong(unfinished, ZorWorkerState::stopped);
     worker.body_ = nullptr;
     worker.thread_.closeWakeDescriptor();
     slot.clear();
@@ -23,8 +26,8 @@ struct Worker::Ending {
 bool Worker::run(ZorWorkerHandle& handle, const WorkerKind& kind, Body body) {
   WorkerSlot& slot = WorkerSlot::of(handle);
   const auto worker = std::make_shared<Worker>(std::move(body));
-  std::function<void()> wholeRun = [worker, &slot] {
-    const Ending ending{*worker, slot};
+  std::function<void()> wholeRun = [worker, &slot, &state = kind.state] {
+    const Ending ending{*worker, slot, state};
     worker->body_(worker->thread_);
   };
   // Set when no allocation can fail any more, but before the start: the worker may end before that returns.

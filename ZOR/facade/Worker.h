@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <exception>
 #include <functional>
 #include <utility>
@@ -7,13 +8,15 @@
 #include "ZOR/facade/WorkerHandle.h"
 #include "ZOR/platform/Mutex.h"
 #include "ZOR/platform/WorkerThread.h"
+#include "ZOR/state/Reports.h"
 
 namespace zor {
 
 /// What the workers of one kind have in common.
 struct WorkerKind {
-  const char* threadName;  ///< At most 15 characters.
-  bool receives;           ///< Its body uses `WorkerThread::waitReadable`.
+  const char* threadName;              ///< At most 15 characters.
+  bool receives;                       ///< Its body uses `WorkerThread::waitReadable`.
+  std::atomic<ZorWorkerState>& state;  ///< Of its report; the body sets how it ended.
 };
 
 /// One running worker: a function on a thread of its own, and the end that others wait for.

@@ -26,7 +26,7 @@ void runSender(WorkerThread& thread, const Channel& channel, SenderBody body, co
 
 void startSender(ZorWorkerHandle& handle, const Channel& channel, SenderBody body, std::int32_t noWorker) {
   channel.counters.reset(ZorWorkerState::running);
-  const bool started = Worker::start(handle, WorkerKind{channel.threadName, false},
+  const bool started = Worker::start(handle, WorkerKind{channel.threadName, false, channel.counters.state},
                                      [&channel, body, inputs = copySenderInputs()](WorkerThread& thread) {
                                        runSender(thread, channel, body, inputs);
                                      });

@@ -13,7 +13,7 @@ enum class ZorWorkerState : std::int32_t {
   running,   ///< Runs, or has been asked to end and has not ended yet.
   finished,  ///< Ended by itself: a search after its last request, an upgrade with its final status.
   timedOut,  ///< Its run's time-out passed. A listener too: it ends with the run that relies on it.
-  stopped,   ///< The application stopped it.
+  stopped,   ///< The application stopped it, or ended its thread.
   replaced,  ///< A start of its kind took its place.
   noSocket,  ///< The system gave it no socket.
   noThread,  ///< The system gave it no thread or no memory.
@@ -32,7 +32,7 @@ struct ZorSenderReport {
   std::int64_t bytes;          ///< Payload bytes of these.
   std::int64_t failedSends;    ///< Datagrams that the system refused. The next one opened a new socket.
   std::int64_t socketsOpened;  ///< 1 while nothing failed.
-  std::int64_t cycles;         ///< Passes of the packet that were completed.
+  std::int64_t cycles;         ///< Passes of the packet that were completed, failed sends included.
   std::int64_t blocks;         ///< Blocks of cycles that were completed; a version 3 cycle is a block.
   ZorSystemError error;        ///< The latest failure to send or to open a socket.
 };

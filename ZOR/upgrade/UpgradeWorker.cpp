@@ -166,10 +166,11 @@ void ZorSuite::DeviceUpgrade(std::string_view IP, std::string_view URL) {
   s_ZorDevice.upgradeStartMs = ZorGetUsec();
   s_ZorDevice.upgradeStatus = kZorUpgradeRequested;
   zor::upgradeCounters.reset(ZorWorkerState::running);
-  const bool started = zor::Worker::start(s_threadUpgrade, zor::WorkerKind{"zor-upgrade", true},
-                                          [inputs = zor::copyUpgradeInputs()](zor::WorkerThread& thread) {
-                                            zor::upgradeCounters.state = zor::upgrade(thread, inputs);
-                                          });
+  const bool started =
+      zor::Worker::start(s_threadUpgrade, zor::WorkerKind{"zor-upgrade", true, zor::upgradeCounters.state},
+                         [inputs = zor::copyUpgradeInputs()](zor::WorkerThread& thread) {
+                           zor::upgradeCounters.state = zor::upgrade(thread, inputs);
+                         });
   if (started) return;
   zor::upgradeCounters.state = ZorWorkerState::noThread;
   s_ZorDevice.upgradeStatus = kZorUpgradeNoSocket;

@@ -130,6 +130,7 @@ TEST_F(ThreadEnd, InALogSinkEndsWhatTheThreadDid) {
     ZorUdpClose(taken);
     startRun(false, 60000);
     EXPECT_TRUE(isOver(s_threadSmartConfigMc)) << name << ": this worker logs the start";
+    EXPECT_EQ(suite.SmartConfigReport().multicast.state, ZorWorkerState::stopped) << name;
     EXPECT_TRUE(system.waitForSends(system.sent().size() + 5, 2000)) << "the other sender continues";
     ZorSetLogSink([](const char*) {});
     startRun(true, 60000);
