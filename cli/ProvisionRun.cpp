@@ -25,7 +25,6 @@ constexpr std::int32_t kAutomaticPort = 0;
 constexpr std::int32_t kNoTimeout = std::numeric_limits<std::int32_t>::max();
 
 constexpr milliseconds kPoll{100};  ///< How often the senders are checked and the live line is redrawn.
-constexpr milliseconds kStandStill{1000};  ///< A wait that is longer than asked for by so much is no delay.
 
 // The search ahead of the run: half a second, in which a module that repeats its announcement is heard too.
 constexpr std::int32_t kSearchRequests = 5;
@@ -196,9 +195,7 @@ void ProvisionRun::look(bool sending, Clock::duration left, seconds phase) {
 }
 
 void ProvisionRun::wait(milliseconds limit) {
-  const Clock::duration late =
-      runMainQueueFor(static_cast<int>(limit.count()), interrupt_) - Clock::duration(limit);
-  if (late > kStandStill) stoodStill_ += late;
+  clocks_.noteWait(runMainQueueFor(static_cast<int>(limit.count()), interrupt_), limit);
 }
 
 /// A channel that fails does not end the run while the other one continues.
@@ -229,7 +226,7 @@ std::string ProvisionRun::problem() {
                      .modules = *modules_,
                      .report = suite_.SmartConfigReport(),
                      .sentWhole = packetSentWhole(),
-                     .stoodStill = std::chrono::floor<seconds>(stoodStill_)});
+                     .stoodStill = clocks_.stoodStill()});
 }
 
 Ending ProvisionRun::ending() {

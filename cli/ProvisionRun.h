@@ -6,6 +6,7 @@
 #include <string>
 
 #include "ZOR/ZorSuite.h"
+#include "cli/ClockWatch.h"
 #include "cli/Ending.h"
 #include "cli/FailedSends.h"
 #include "cli/Interrupt.h"
@@ -59,14 +60,14 @@ class ProvisionRun {
   FailedSends failedBroadcasts_{"a broadcast frame"};
   std::shared_ptr<NewModules> modules_;
   ZorSuite suite_;
-  std::int32_t port_ = 0;          ///< The UDP port that the listener is bound to.
-  Payload payload_;                ///< The plan's, with the port in the append bytes where modules need it.
-  PacketFrames frames_;            ///< Of the packet.
-  bool isSending_ = false;         ///< The senders were started; before, the report is another run's.
-  std::int32_t failure_ = 0;       ///< The status of the channel that failed last; 0 when none has.
-  bool interrupted_ = false;       ///< A signal ended the run before all expected modules were found.
-  Clock::time_point start_;        ///< When the senders were started.
-  Clock::duration stoodStill_{0};  ///< How long the process did not run although it was due to.
+  std::int32_t port_ = 0;     ///< The UDP port that the listener is bound to.
+  Payload payload_;           ///< The plan's, with the port in the append bytes where modules need it.
+  PacketFrames frames_;       ///< Of the packet.
+  bool isSending_ = false;    ///< The senders were started; before, the report is another run's.
+  std::int32_t failure_ = 0;  ///< The status of the channel that failed last; 0 when none has.
+  bool interrupted_ = false;  ///< A signal ended the run before all expected modules were found.
+  Clock::time_point start_;   ///< When the senders were started.
+  ClockWatch clocks_;
 };
 
 }  // namespace zor::cli

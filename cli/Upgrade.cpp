@@ -1,3 +1,4 @@
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -5,6 +6,7 @@
 #include <string>
 
 #include "ZOR/ZorSuite.h"
+#include "cli/ClockWatch.h"
 #include "cli/Command.h"
 #include "cli/Ending.h"
 #include "cli/Escape.h"
@@ -20,7 +22,7 @@
 namespace zor::cli {
 namespace {
 
-constexpr int kPollMs = 20;  ///< How often the status is read.
+constexpr std::chrono::milliseconds kPoll{20};  ///< How often the status is read.
 constexpr std::size_t kMaxUrlLength = kZorUpgradeUrlSize - 1;
 
 struct UpgradeOptions : CommonOptions {
@@ -29,28 +31,53 @@ struct UpgradeOptions : CommonOptions {
   std::string interface;
 };
 
+/// What is known of an upgrade that has ended.
+struct EndedUpgrade {
+  std::int32_t status = 0;
+  ZorUpgradeReport report{};
+  std::chrono::seconds stoodStill{};   ///< How long the process did not run.
+  std::chrono::seconds wentForward{};  ///< How far the clock went ahead.
+};
+
+/// What ended the upgrade although the module may have answered; empty when it is nothing of that kind.
+std::string explainClock(const EndedUpgrade& upgrade) {
+  constexpr char kRemedy[] =
+      "the module may have continued; look for it with 'zorctl search', then try again";
+  if (upgrade.stoodStill.count() > 0)
+    return "zorctl stood still for " + std::to_string(upgrade.stoodStill.count()) +
+           " s, stopped or on a computer that was asleep: " + kRemedy;
+  if (upgrade.wentForward.count() > 0)
+    return "this computer's clock went forward by " + std::to_string(upgrade.wentForward.count()) +
+           " s, which ended the wait for an answer: " + kRemedy;
+  return {};
+}
+
 /// Why the module was not heard for 10 seconds.
-std::string explainSilence(const ZorUpgradeReport& report) {
+std::string explainSilence(const EndedUpgrade& upgrade) {
+  const ZorUpgradeReport& report = upgrade.report;
   const std::string code = " (" + std::to_string(kZorUpgradeSilence) + ")";
   if (report.requestsSent == 0)
     return "no request left this computer" + code + ": " + explainSendError(report.error.number);
+  if (const std::string text = explainClock(upgrade); !text.empty())
+    return "the upgrade ended" + code + " because " + text;
   const std::string silence = "the module did not answer for 10 seconds" + code + ": ";
   if (report.otherPort > 0)
-    return silence + std::to_string(report.otherPort) +
-           " answers came from another port than 25000: check that no address translation lies between";
+    return silence + "answers from another port than 25000 were refused (" +
+           std::to_string(report.otherPort) + "): check that no address translation lies between";
   if (report.notAResponse > 0)
-    return silence + std::to_string(report.notAResponse) +
-           " datagrams came from it that are no responses: check what it is";
+    return silence + "datagrams which are no responses were refused (" +
+           std::to_string(report.notAResponse) + "): check what it is";
   return silence +
          "check its address with 'zorctl search', and that the firewall admits answers from UDP port 25000";
 }
 
-/// What the final `status` of a failed upgrade means and what to try.
-std::string explain(std::int32_t status, const ZorUpgradeReport& report) {
+/// What the final status of a failed upgrade means and what to try.
+std::string explain(const EndedUpgrade& upgrade) {
+  const std::int32_t status = upgrade.status;
   const std::string code = " (" + std::to_string(status) + ")";
   switch (status) {
     case kZorUpgradeSilence:
-      return explainSilence(report);
+      return explainSilence(upgrade);
     case kZorUpgradeNotHttp:
       return "the URL does not start with http://" + code + ": modules fetch over plain HTTP only";
     case kZorUpgradeUrlRefused:
@@ -58,7 +85,7 @@ std::string explain(std::int32_t status, const ZorUpgradeReport& report) {
              ": give http://HOST[:PORT]/PATH, with a path, a host of at most 127 "
              "characters, a port of at most 15, no ':' in the path and no control characters";
     case kZorUpgradeNoSocket:
-      return "no UDP socket could be opened" + code + ": " + explainSocketError(report.error.number);
+      return "no UDP socket could be opened" + code + ": " + explainSocketError(upgrade.report.error.number);
     case kZorUpgradeBindFailed:
       return "the UDP socket could not be bound to a port" + code + ": check that the system has free ports";
     default:
@@ -81,8 +108,8 @@ void checkArguments(const UpgradeOptions& options) {
   }
   char commandData[kZorUpgradeCmdDataSize];
   const std::int32_t result = ZorBuildUpgradeCmdData(options.url.c_str(), commandData);
-  if (result == kZorUrlNotHttp) throw WrongUse(explain(kZorUpgradeNotHttp, {}));
-  if (result < 0) throw WrongUse(explain(kZorUpgradeUrlRefused, {}));
+  if (result == kZorUrlNotHttp) throw WrongUse(explain({.status = kZorUpgradeNotHttp}));
+  if (result < 0) throw WrongUse(explain({.status = kZorUpgradeUrlRefused}));
 }
 
 /// The name of a phase that is not final.
@@ -105,16 +132,25 @@ void showPhase(Output& output, std::int32_t status) {
   }
 }
 
-/// Shows the phases until the upgrade has ended. Returns its final status, or none when a signal came first.
-std::optional<std::int32_t> follow(ZorSuite& suite, Output& output, const Interrupt& interrupt) {
+/// Waits until the next look at the status. Returns false when a signal came.
+bool wait(ClockWatch& clocks, const Interrupt& interrupt) {
+  const auto start = ClockWatch::Clock::now();
+  if (interrupt.wait(static_cast<int>(kPoll.count()))) return false;
+  clocks.noteWait(ClockWatch::Clock::now() - start, kPoll);
+  return true;
+}
+
+/// Shows the phases until the upgrade has ended. Returns how it ended, or nothing when a signal came first.
+std::optional<EndedUpgrade> follow(ZorSuite& suite, Output& output, const Interrupt& interrupt) {
   std::int32_t shown = kZorUpgradeRequested;
   FailedSends failedRequests("a request");
-  while (!interrupt.wait(kPollMs)) {
+  ClockWatch clocks;
+  while (wait(clocks, interrupt)) {
     const bool ended = !s_threadUpgrade;
     const std::int32_t status = suite.DeviceUpgradeProgress();
     const ZorUpgradeReport report = suite.DeviceUpgradeReport();
     if (report.socketsOpened > 0) failedRequests.look(report.requestsFailed, report.error, output);
-    if (ended) return status;
+    if (ended) return EndedUpgrade{status, report, clocks.stoodStill(), clocks.wentForward()};
     if (status != shown && status >= kZorUpgradeCommandSent && status < kZorUpgradeDone)
       showPhase(output, status);
     shown = status;
@@ -122,12 +158,12 @@ std::optional<std::int32_t> follow(ZorSuite& suite, Output& output, const Interr
   return std::nullopt;
 }
 
-/// The ending of an upgrade that was watched to its final `status`.
-Ending endingOf(std::int32_t status, const ZorUpgradeReport& report) {
+/// The ending of an upgrade that was watched to its final status.
+Ending endingOf(const EndedUpgrade& upgrade) {
   Ending ending;
-  ending.details = {{"status", status}};
-  if (status < kZorUpgradeDone) {
-    ending.problem = explain(status, report);
+  ending.details = {{"status", upgrade.status}};
+  if (upgrade.status < kZorUpgradeDone) {
+    ending.problem = explain(upgrade);
   } else {
     ending.summary = "100 %, done";
   }
@@ -160,9 +196,8 @@ ExitCode upgrade(const UpgradeOptions& options) {
        {"route", routeJson(route)}});
   suite.DeviceUpgrade(options.address, options.url);
 
-  const std::optional<std::int32_t> status = follow(suite, output, interrupt);
-  return finish(output, status ? endingOf(*status, suite.DeviceUpgradeReport())
-                               : endingWhenLeft(suite.DeviceUpgradeProgress()));
+  const std::optional<EndedUpgrade> ended = follow(suite, output, interrupt);
+  return finish(output, ended ? endingOf(*ended) : endingWhenLeft(suite.DeviceUpgradeProgress()));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -150,6 +151,39 @@ TEST(Zorctl, UpgradeReportsTheModulesCodeAndEndsOnInterrupt) {
     EXPECT_EQ(left.wait(), 128 + c.signalNumber);
     EXPECT_TRUE(contains(left.err(), c.says)) << left.err();
   }
+}
+
+TEST(Zorctl, UpgradeSaysWhyNoAnswerCounted) {
+  const std::string kAccepted = "xcmd_rsp:123:ret=0";
+  const UdpPeer module(25000, "127.0.0.2"), confused(25000, "127.0.0.3"), frozen(25000, "127.0.0.4");
+  const UdpPeer translated(0, "127.0.0.2");
+  Zorctl toModule({"upgrade", "127.0.0.2", "http://a/b"}), toConfused({"upgrade", "127.0.0.3", "http://a/b"});
+  Zorctl stopped({"upgrade", "127.0.0.4", "http://a/b"});
+  const auto answer = [](const UdpPeer& asked, const UdpPeer& answering, const std::string& line) {
+    answering.answer(asked.receive(10000), line);
+  };
+  answer(module, translated, kAccepted);
+  answer(confused, confused, "hello");
+  answer(frozen, frozen, kAccepted);
+  ASSERT_TRUE(stopped.prints("accepted"));
+  stopped.interrupt(SIGSTOP);
+  EXPECT_EQ(toModule.wait(), 1);
+  EXPECT_EQ(toConfused.wait(), 1);
+  std::this_thread::sleep_for(500ms);
+  stopped.interrupt(SIGCONT);
+  EXPECT_EQ(stopped.wait(), 1);
+  EXPECT_TRUE(contains(toModule.err(), "another port than 25000 were refused (1)")) << toModule.err();
+  EXPECT_TRUE(contains(toConfused.err(), "no responses were refused (1)")) << toConfused.err();
+  EXPECT_TRUE(contains(stopped.err(), "(-100) because zorctl stood still for ")) << stopped.err();
+}
+
+TEST(Zorctl, UpgradeSaysThatTheClockWentForward) {
+  const UdpPeer module(25000, "127.0.0.2");
+  ASSERT_EQ(setenv("LD_PRELOAD", STEPPED_CLOCK, 1), 0);
+  Zorctl zorctl({"upgrade", "127.0.0.2", "http://a/b"});
+  unsetenv("LD_PRELOAD");
+  EXPECT_EQ(zorctl.wait(), 1);
+  EXPECT_TRUE(contains(zorctl.err(), "because this computer's clock went forward by 20 s")) << zorctl.err();
 }
 
 TEST(Zorctl, SurvivesAStdoutThatIsClosedOrFull) {
