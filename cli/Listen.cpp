@@ -4,6 +4,7 @@
 #include "ZOR/ZorSuite.h"
 #include "cli/Command.h"
 #include "cli/Ending.h"
+#include "cli/Escape.h"
 #include "cli/ExitCode.h"
 #include "cli/FoundModules.h"
 #include "cli/InterfaceOption.h"
@@ -11,6 +12,7 @@
 #include "cli/LogLines.h"
 #include "cli/MainQueue.h"
 #include "cli/Output.h"
+#include "cli/SystemErrorText.h"
 
 namespace zor::cli {
 namespace {
@@ -24,12 +26,10 @@ struct ListenOptions : CommonOptions {
   int port = kAutomaticPort;
 };
 
-std::string noPortText(int port) {
-  if (port == kAutomaticPort)
-    return "no UDP port could be opened: check 'ulimit -n' and the permission to use sockets";
-  return "UDP port " + std::to_string(port) +
-         " could not be opened: another program may hold it, or it is below 1024; try another port, or leave "
-         "--port out";
+/// Why the listener did not start; `error` is the system's.
+std::string noPortText(int port, int error) {
+  if (port == kAutomaticPort) return "no UDP port could be opened: " + explainSocketError(error);
+  return "UDP port " + std::to_string(port) + " could not be opened: " + explainPortError(error);
 }
 
 ExitCode listen(const ListenOptions& options) {
@@ -43,9 +43,13 @@ ExitCode listen(const ListenOptions& options) {
   suite.setDelegate(modules);
 
   const int port = suite.SmartConfigOnlineListen(options.port);
-  if (port < 0) throw RunFailure(noPortText(options.port));
-  output.report("listening on UDP port " + std::to_string(port) + ", Ctrl-C ends",
-                {{"event", "listening"}, {"port", port}});
+  if (port < 0) throw RunFailure(noPortText(options.port, suite.SmartConfigReport().listener.error.number));
+  const std::string& interface = options.interface;
+  output.report("listening on UDP port " + std::to_string(port) + " of " +
+                    (interface.empty() ? "every interface" : printable(interface)) + ", Ctrl-C ends",
+                {{"event", "listening"},
+                 {"port", port},
+                 {"interface", interface.empty() ? Json() : jsonText(interface)}});
   while (!interrupt.raised() && !output.isGone()) runMainQueueFor(kPollMs, interrupt);
 
   s_threadSmartOnlineListen.cancel();

@@ -43,6 +43,15 @@ constexpr Advice kSocketAdvice[] = {
     {ENODEV, "the network interface is gone", kSeeInterfaces},
 };
 
+constexpr Advice kPortAdvice[] = {
+    {EADDRINUSE, "another program holds it", "try another port, or leave --port out"},
+    {EACCES, "the system does not permit it",
+     "ports below 1024 need privileges; try another port, or leave --port out"},
+    {EPERM, "the system does not permit it", "try another port, or leave --port out"},
+    {EMFILE, "too many files are open", kFewerDescriptors},
+    {ENFILE, "too many files are open", kFewerDescriptors},
+};
+
 template <std::size_t Size>
 std::string explain(int error, const Advice (&known)[Size], const char* otherRemedy) {
   const std::string system = std::string(" (") + std::strerror(error) + "): ";
@@ -60,6 +69,10 @@ std::string explainSendError(int error) {
 
 std::string explainSocketError(int error) {
   return explain(error, kSocketAdvice, "check that this user may open UDP sockets and broadcast on them");
+}
+
+std::string explainPortError(int error) {
+  return explain(error, kPortAdvice, "try another port, or leave --port out");
 }
 
 }  // namespace zor::cli

@@ -11,4 +11,7 @@ std::string explainSendError(int error);
 /// Likewise for a socket that could not be opened.
 std::string explainSocketError(int error);
 
+/// Likewise for a chosen port that a socket could not be bound to.
+std::string explainPortError(int error);
+
 }  // namespace zor::cli
