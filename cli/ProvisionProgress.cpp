@@ -10,6 +10,11 @@ using std::chrono::seconds;
 constexpr seconds kJsonProgress{1};
 constexpr seconds kTextProgress{10};
 
+/// "1 frame", "2 frames".
+std::string counted(std::int64_t count, const char* thing) {
+  return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
 std::int64_t secondsLeft(const ProvisionState& state) {
   return std::chrono::ceil<seconds>(state.left).count();
 }
@@ -18,8 +23,8 @@ std::string progressText(const ProvisionState& state) {
   const auto& [multicast, broadcast, listener] = state.report;
   std::string text = std::to_string(state.found) + " of " + std::to_string(state.expected) + " found, " +
                      std::to_string(secondsLeft(state)) + (state.sending ? " s left" : " s left to listen") +
-                     ", " + std::to_string(multicast.datagrams + broadcast.datagrams) + " frames, " +
-                     std::to_string(multicast.cycles + broadcast.cycles) + " cycles";
+                     ", " + counted(multicast.datagrams + broadcast.datagrams, "frame") + ", " +
+                     counted(multicast.cycles + broadcast.cycles, "cycle");
   const std::int64_t failed = multicast.failedSends + broadcast.failedSends;
   if (failed > 0) text += ", " + std::to_string(failed) + " not sent";
   return text;

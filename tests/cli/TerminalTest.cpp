@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,6 +39,11 @@ class Terminal {
 
   void type(const std::string& keys) const {
     EXPECT_EQ(write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+  }
+
+  void resize(unsigned short columns) const {
+    const winsize size{24, columns, 0, 0};
+    EXPECT_EQ(ioctl(master_, TIOCSWINSZ, &size), 0);
   }
 
   /// Waits until `text` appears after what the last call found. Returns whether it does.
@@ -105,6 +111,27 @@ TEST(Terminal, HelpFitsIt) {
     for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), kColumns + 1U) << line;
     EXPECT_EQ(terminal.screen().find(":INT"), std::string::npos);
   }
+}
+
+TEST(Terminal, RedrawsOneLineWithinItsWidth) {
+  const std::string run =
+      " zorctl provision --ssid s --pass-file /dev/stdin --timeout 3 --linger 0 <<.\nsecret12\n.\n";
+  Terminal terminal("TERM=xterm" + run + "echo ended");
+  ASSERT_TRUE(terminal.shows("1 found,")) << terminal.screen();
+  terminal.resize(100);
+  ASSERT_TRUE(terminal.shows("-]\x1b[J")) << "a bar in what is left of the width: " << terminal.screen();
+  constexpr unsigned short kNarrow = 20;
+  terminal.resize(kNarrow);
+  ASSERT_TRUE(terminal.shows("\x1b[4A")) << "the line drawn before took more rows: " << terminal.screen();
+  const std::size_t resized = terminal.screen().size();
+  ASSERT_TRUE(terminal.shows("zorctl: ")) << terminal.screen();
+  std::istringstream drawn(terminal.screen().substr(resized));
+  for (std::string line; std::getline(drawn, line, '\r') && line.find("zorctl") == std::string::npos;)
+    EXPECT_LE(line.substr(0, line.find('\x1b')).size(), kNarrow - 1U) << line;
+
+  Terminal dumb("TERM=dumb" + run + "echo ended");
+  ASSERT_TRUE(dumb.shows("ended")) << dumb.screen();
+  EXPECT_EQ(dumb.screen().find('\x1b'), std::string::npos) << dumb.screen();
 }
 
 TEST(Terminal, NeverShowsThePassPhraseAfterASuspension) {
