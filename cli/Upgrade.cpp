@@ -65,8 +65,8 @@ std::string explainSilence(const EndedUpgrade& upgrade) {
     return silence + "answers from another port than 25000 were refused (" +
            std::to_string(report.otherPort) + "): check that no address translation lies between";
   if (report.notAResponse > 0)
-    return silence + "datagrams which are no responses were refused (" +
-           std::to_string(report.notAResponse) + "): check what it is";
+    return silence + "datagrams which are no responses were refused (" + std::to_string(report.notAResponse) +
+           "): check what it is";
   return silence +
          "check its address with 'zorctl search', and that the firewall admits answers from UDP port 25000";
 }
