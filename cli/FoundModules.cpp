@@ -8,18 +8,6 @@ constexpr std::size_t kMaxCounted = 65'536;
 
 }  // namespace
 
-void FoundModules::onSearchFound(const std::string& moduleId, const std::string& MODULE_IP,
-                                 const std::string& MODULE_VER, const std::string& MODULE_CAP,
-                                 const std::string& MODULE_EXT) {
-  take({moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT});
-}
-
-void FoundModules::onSmartFound(const std::string& moduleId, const std::string& MODULE_IP,
-                                const std::string& MODULE_VER, const std::string& MODULE_CAP,
-                                const std::string& MODULE_EXT) {
-  take({moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT});
-}
-
 void FoundModules::take(const FoundModule& module) {
   if (!module.id.empty() && ids_.size() < kMaxCounted) ids_.insert(module.id);
   onFound_(module);

@@ -6,13 +6,13 @@
 #include <string>
 #include <utility>
 
-#include "ZOR/ZorSuite.h"
 #include "cli/FoundModule.h"
+#include "cli/ModuleDelegate.h"
 
 namespace zor::cli {
 
 /// Passes on each module that a search or a listener reports, and counts the different ones.
-class FoundModules : public ZorSuiteDelegate {
+class FoundModules : public ModuleDelegate {
  public:
   explicit FoundModules(std::function<void(const FoundModule&)> onFound) : onFound_(std::move(onFound)) {}
 
@@ -20,12 +20,9 @@ class FoundModules : public ZorSuiteDelegate {
   /// without an id does not count.
   std::size_t count() const { return ids_.size(); }
 
-  void onSearchFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
-                     const std::string& MODULE_CAP, const std::string& MODULE_EXT) override;
-  void onSmartFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
-                    const std::string& MODULE_CAP, const std::string& MODULE_EXT) override;
-
  private:
+  void takeAnswer(const FoundModule& module) override { take(module); }
+  void takeAnnouncement(const FoundModule& module) override { take(module); }
   void take(const FoundModule& module);
 
   std::function<void(const FoundModule&)> onFound_;

@@ -29,17 +29,8 @@ bool NewModules::hasEarlier(const std::string& id) const {
   return has(earlier_, id);
 }
 
-void NewModules::onSearchFound(const std::string& moduleId, const std::string& MODULE_IP,
-                               const std::string& MODULE_VER, const std::string& MODULE_CAP,
-                               const std::string& MODULE_EXT) {
-  takeEarlier({moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT});
-}
-
-void NewModules::onSmartFound(const std::string& moduleId, const std::string& MODULE_IP,
-                              const std::string& MODULE_VER, const std::string& MODULE_CAP,
-                              const std::string& MODULE_EXT) {
-  const FoundModule module = {moduleId, MODULE_IP, MODULE_VER, MODULE_CAP, MODULE_EXT};
-  const bool isEarlier = earlier_.contains(moduleId) || (!new_.contains(moduleId) && !canBeHeard_());
+void NewModules::takeAnnouncement(const FoundModule& module) {
+  const bool isEarlier = earlier_.contains(module.id) || (!new_.contains(module.id) && !canBeHeard_());
   isEarlier ? takeEarlier(module) : takeNew(module);
 }
 

@@ -4,8 +4,8 @@
 #include <set>
 #include <string>
 
-#include "ZOR/ZorSuite.h"
 #include "cli/FoundModule.h"
+#include "cli/ModuleDelegate.h"
 #include "cli/Output.h"
 
 namespace zor::cli {
@@ -13,7 +13,7 @@ namespace zor::cli {
 /// Separates the modules that a run can have provisioned from those that were on the network before. A module
 /// was there before when it answers the search ahead of the run, or announces itself before the packet can
 /// have been heard whole; its later announcements do not count either.
-class NewModules : public ZorSuiteDelegate {
+class NewModules : public ModuleDelegate {
  public:
   /// `canBeHeard` says whether a module can have heard the packet whole by now. `output` outlives this.
   NewModules(Output& output, std::function<bool()> canBeHeard);
@@ -31,12 +31,9 @@ class NewModules : public ZorSuiteDelegate {
   /// Likewise among those that were there before.
   bool hasEarlier(const std::string& id) const;
 
-  void onSearchFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
-                     const std::string& MODULE_CAP, const std::string& MODULE_EXT) override;
-  void onSmartFound(const std::string& moduleId, const std::string& MODULE_IP, const std::string& MODULE_VER,
-                    const std::string& MODULE_CAP, const std::string& MODULE_EXT) override;
-
  private:
+  void takeAnswer(const FoundModule& module) override { takeEarlier(module); }
+  void takeAnnouncement(const FoundModule& module) override;
   void takeEarlier(const FoundModule& module);
   void takeNew(const FoundModule& module);
 
