@@ -56,12 +56,10 @@ struct SocketCloser {
 bool listen(WorkerThread& thread, ModuleReporter& reporter, std::int32_t port) {
   const SocketCloser closer;
   while (!thread.cancelled()) {
+    thread.waitReadable(s_ZorDevice.listenSocket, -1);
+    // Also when it says that nothing is there: a wait that fails must not leave the listener deaf.
     const Received received = reporter.receive(s_ZorDevice.listenSocket);
-    if (received.length >= 0) continue;
-    if (received.error == 0) {
-      thread.waitReadable(s_ZorDevice.listenSocket, -1);
-      continue;
-    }
+    if (received.error == 0) continue;
     if (!reopen(port, received.error)) return false;
     thread.wait(kReceiveWaitMs);  // An error that stays must not make the worker spin.
   }
