@@ -9,7 +9,7 @@ namespace {
 
 struct Sent {
   NamedSecret packet;
-  NamedRadio air;
+  NamedAir air;
   NamedChannels choice;
 };
 
@@ -17,9 +17,9 @@ struct Sent {
 std::vector<Sent> makeCases() {
   std::vector<Sent> cases;
   for (const NamedSecret& packet : secrets()) {
-    for (const NamedRadio& air : radios()) cases.push_back({packet, air, {"both", simulator::Channels()}});
-    cases.push_back({packet, radios().front(), {"multicast", {true, false, false}}});
-    cases.push_back({packet, radios().front(), {"broadcast", {false, true, false}}});
+    for (const NamedAir& air : quietAirs()) cases.push_back({packet, air, {"both", simulator::Channels()}});
+    cases.push_back({packet, quietAirs().front(), {"multicast", {true, false, false}}});
+    cases.push_back({packet, quietAirs().front(), {"broadcast", {false, true, false}}});
   }
   return cases;
 }
@@ -29,10 +29,11 @@ void addRows(Table& table, const Sent& sent, int loss, int runs) {
   for (const ZorPace& pace : kZorPaces) {
     const simulator::PhonePlan phone =
         simulator::makePlan(sent.packet.secret, pace.values, sent.choice.channels);
-    const Summary summary = summarize(simulator::runTrials({{&phone}, withLoss(sent.air.radio, loss)}, runs));
+    const Summary summary =
+        summarize(simulator::runTrials({{{&phone}}, withLoss(sent.air.environment, loss)}, runs));
     if (pace.values == kDefaultPace) baseline = summary;
     table.add({{"packet", sent.packet.name},
-               {"losses", sent.air.name},
+               {"air", sent.air.name},
                {"sent", sent.choice.name},
                {"loss %", loss},
                {"pace", pace.name},

@@ -12,10 +12,10 @@ namespace zor::bench {
 namespace {
 
 using simulator::Channels;
+using simulator::Environment;
 using simulator::makePlan;
 using simulator::Pace;
 using simulator::PhonePlan;
-using simulator::RadioConditions;
 using simulator::Secret;
 
 struct Limits {
@@ -26,7 +26,7 @@ struct Limits {
 struct Case {
   const Secret* secret;
   Channels channels;
-  RadioConditions radio;
+  Environment environment;
 };
 
 /// What a pace is scored by: both channels through every kind of air, and each channel by itself, because
@@ -35,11 +35,13 @@ std::vector<Case> makeCases(const std::vector<int>& lossPercents) {
   std::vector<Case> cases;
   for (const NamedSecret& packet : secrets()) {
     for (const int loss : lossPercents) {
-      for (const NamedRadio& air : radios()) {
-        cases.push_back({&packet.secret, {true, true, false}, withLoss(air.radio, loss)});
+      for (const NamedAir& air : quietAirs()) {
+        cases.push_back({&packet.secret, {true, true, false}, withLoss(air.environment, loss)});
       }
-      cases.push_back({&packet.secret, {true, false, false}, withLoss(radios().front().radio, loss)});
-      cases.push_back({&packet.secret, {false, true, false}, withLoss(radios().front().radio, loss)});
+      cases.push_back(
+          {&packet.secret, {true, false, false}, withLoss(quietAirs().front().environment, loss)});
+      cases.push_back(
+          {&packet.secret, {false, true, false}, withLoss(quietAirs().front().environment, loss)});
     }
   }
   return cases;
@@ -50,7 +52,7 @@ std::vector<double> measure(const Pace& pace, const std::vector<Case>& cases, in
   std::vector<double> seconds;
   for (const Case& one : cases) {
     const PhonePlan phone = makePlan(*one.secret, pace, one.channels);
-    seconds.push_back(summarize(simulator::runTrials({{&phone}, one.radio}, runs)).p95);
+    seconds.push_back(summarize(simulator::runTrials({{{&phone}}, one.environment}, runs)).p95);
   }
   return seconds;
 }

@@ -1,107 +1,101 @@
-// Counts reported credentials that no phone sent, in many simulated runs with random packets, under every
-// kind of loss, of one phone and of two at the same time.
+// Counts reported credentials that no phone sent, in many simulated runs with random packets, in every air,
+// of one phone and of more at the same time.
 
 #include <algorithm>
 #include <iostream>
 
 #include "bench/support/Cases.h"
 #include "bench/support/Program.h"
+#include "bench/support/RandomHome.h"
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
 namespace {
 
-using simulator::Channels;
-using simulator::Pace;
-using simulator::PhonePlan;
-using simulator::Random;
-using simulator::Secret;
-
-/// Returns up to `maxLength` bytes other than NUL, which ends a text: of all values, or of eight, which a
-/// decoder can mix up more easily.
-std::string randomText(Random& random, std::int64_t maxLength) {
-  std::string text(static_cast<std::size_t>(random.below(maxLength + 1)), '\0');
-  const bool few = random.below(2) == 1;
-  for (char& c : text) c = static_cast<char>(few ? 'a' + random.below(8) : 1 + random.below(255));
-  return text;
-}
-
-Secret randomSecret(Random& random) {
-  Secret secret{randomText(random, 32), randomText(random, 64), {}};
-  const auto room = static_cast<std::int64_t>(96 - secret.ssid.size() - secret.passPhrase.size());
-  secret.append.resize(static_cast<std::size_t>(random.below(std::min<std::int64_t>(room, 16) + 1)));
-  for (std::uint8_t& byte : secret.append) byte = static_cast<std::uint8_t>(random.below(256));
-  return secret;
-}
-
-template <class Choices>
-const auto& oneOf(const Choices& choices, Random& random) {
-  return choices[static_cast<std::size_t>(random.below(static_cast<std::int64_t>(std::size(choices))))];
-}
-
-/// Returns the plan of a phone; most phones have the default pace, and most the default length bases.
-PhonePlan randomPlan(Random& random) {
-  constexpr std::size_t kMulticastLength = 0;
-  constexpr std::size_t kBroadcastLength = 7;
-  Pace pace = random.below(2) == 1 ? kDefaultPace : oneOf(kZorPaces, random).values;
-  if (random.below(4) == 0) {
-    pace[kMulticastLength] = static_cast<std::uint8_t>(1 + random.below(100));
-    pace[kBroadcastLength] = static_cast<std::uint8_t>(1 + random.below(100));
-  }
-  const Channels channels = oneOf(channelChoices(), random).channels;
-  return simulator::makePlan(randomSecret(random), pace, channels);
-}
+struct Options {
+  std::vector<std::string> airs;
+  std::string sent;
+  int loss = -1;
+  int runs = 20'000;
+  int runsPerPacket = 20;
+  std::uint64_t seed = 1;
+};
 
 struct Tally {
   double runs = 0;
   double complete = 0;
-  double wrong = 0;
+  std::size_t wrong = 0;
 };
 
+/// The module listens on for this long after the report, because a wrong one may follow.
+constexpr double kSecondsAfter = 2;
+
 /// Prints how to repeat the run that reported wrong credentials.
-void printRepeat(std::uint64_t seed, int runsPerPacket, const receiver::Credentials& credentials) {
-  std::cerr << "wrong credentials with --seed " << seed << " --runs " << runsPerPacket
-            << " --runs-per-packet " << runsPerPacket << ": version "
-            << static_cast<int>(credentials.encoding) << ", lengths " << credentials.ssid.size() << " + "
-            << credentials.passPhrase.size() << " + " << credentials.append.size() << "\n";
+void printRepeat(const NamedAir& air, std::uint64_t seed, const Options& options,
+                 const receiver::Credentials& credentials) {
+  std::cerr << "wrong credentials with --air \"" << air.name << "\"";
+  if (!options.sent.empty()) std::cerr << " --sent \"" << options.sent << "\"";
+  if (options.loss >= 0) std::cerr << " --loss " << options.loss;
+  std::cerr << " --seed " << seed << " --runs " << options.runsPerPacket << " --runs-per-packet "
+            << options.runsPerPacket << ": version " << static_cast<int>(credentials.encoding) << ", lengths "
+            << credentials.ssid.size() << " + " << credentials.passPhrase.size() << " + "
+            << credentials.append.size() << "\n";
+}
+
+/// Simulates `options.runsPerPacket` runs of a random home and adds them to `tally`.
+void addRuns(Tally& tally, const NamedAir& air, std::uint64_t seed, const Options& options) {
+  simulator::Random random(seed);
+  const std::int64_t phones = air.environment.rangeExtender ? 2 : 1 + random.below(3);
+  const RandomHome home(options.sent, phones, random);
+  const int loss = options.loss >= 0 ? options.loss : random.oneOf(losses());
+  const simulator::Scenario scenario{home.phones(), withLoss(air.environment, loss),
+                                     simulator::Listens::anyTime, kSecondsAfter};
+  for (const simulator::Outcome& outcome : simulator::runTrials(scenario, options.runsPerPacket, random())) {
+    tally.runs += 1;
+    tally.complete += outcome.decoderSeconds < simulator::kGiveUpSeconds ? 1 : 0;
+    tally.wrong += outcome.wrong.size();
+    for (const receiver::Credentials& wrong : outcome.wrong) printRepeat(air, seed, options, wrong);
+  }
+}
+
+Row makeRow(const NamedAir& air, const Tally& tally) {
+  const double atMost = highestMean(tally.wrong) / tally.runs;
+  return {{"air", air.name},
+          {"runs", tally.runs},
+          {"complete", tally.complete},
+          {"wrong", tally.wrong},
+          {"wrong per million at most", atMost * 1e6}};
 }
 
 }  // namespace
 
 void runBenchmark(Program& program) {
-  int runs = 20'000;
-  int runsPerPacket = 20;
-  std::uint64_t seed = 1;
-  program.options().add_option("--runs", runs, "Total number of runs");
-  program.options().add_option("--runs-per-packet", runsPerPacket, "Runs of each pair of random packets");
-  program.options().add_option("--seed", seed, "First seed of the packets and of the runs");
+  Options options;
+  program.options().add_option("--air", options.airs, "Airs by name; all when not given");
+  program.options()
+      .add_option("--sent", options.sent, "What phones send; any when not given")
+      ->check(CLI::IsMember(channelNames()));
+  program.options()
+      .add_option("--loss", options.loss, "Loss in per cent; 0 to 70 when not given")
+      ->check(CLI::Range(0, 99));
+  program.options().add_option("--runs", options.runs, "Runs of all airs together");
+  program.options()
+      .add_option("--runs-per-packet", options.runsPerPacket, "Runs of each set of random packets")
+      ->check(CLI::PositiveNumber);
+  program.options().add_option("--seed", options.seed, "First seed of the packets and of the runs");
   program.parse("Simulated runs of random packets, counting credentials that no phone sent");
 
-  std::vector<Tally> tallies(radios().size());
-  for (const std::uint64_t end = seed + static_cast<std::uint64_t>(runs / runsPerPacket); seed < end;
-       ++seed) {
-    Random random(seed);
-    const PhonePlan first = randomPlan(random);
-    const PhonePlan second = randomPlan(random);
-    const auto which = static_cast<std::size_t>(random.below(static_cast<std::int64_t>(radios().size())));
-    simulator::Scenario scenario{{&first}, withLoss(radios()[which].radio, oneOf(losses(), random))};
-    if (random.below(2) == 1) scenario.phones.push_back(&second);
-    Tally& tally = tallies[which];
-    for (const simulator::Outcome& outcome : simulator::runTrials(scenario, runsPerPacket, random())) {
-      tally.runs += 1;
-      tally.complete += outcome.decoderSeconds < simulator::kGiveUpSeconds ? 1 : 0;
-      tally.wrong += static_cast<double>(outcome.wrong.size());
-      for (const receiver::Credentials& wrong : outcome.wrong) printRepeat(seed, runsPerPacket, wrong);
-    }
-  }
   Table table("wrong-credentials",
-              "Credentials that no phone sent; random packets, losses of 0 to 70 %, 1 or 2 phones");
-  for (std::size_t i = 0; i < tallies.size(); ++i) {
-    table.add({{"losses", radios()[i].name},
-               {"runs", tallies[i].runs},
-               {"complete", tallies[i].complete},
-               {"wrong", tallies[i].wrong},
-               {"wrong to complete", ratio(tallies[i].wrong, tallies[i].complete)}});
+              "Credentials that no phone sent; random packets of 1 to 3 phones. \"At most\" has a confidence "
+              "of 95 %");
+  const std::vector<NamedAir> airs = findAirs(options.airs);
+  const int runsOfEach = options.runs / static_cast<int>(airs.size());
+  const auto packets = static_cast<std::uint64_t>(
+      std::max(1, (runsOfEach + options.runsPerPacket - 1) / options.runsPerPacket));
+  for (const NamedAir& air : airs) {
+    Tally tally;
+    for (std::uint64_t i = 0; i < packets; ++i) addRuns(tally, air, options.seed + i, options);
+    table.add(makeRow(air, tally));
   }
   program.print(table);
 }

@@ -3,53 +3,74 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "simulator/PhonePlan.h"
+#include "simulator/Environment.h"
+#include "simulator/FrameSource.h"
 #include "simulator/Random.h"
 
 namespace zor::simulator {
 
-/// The frames of one channel, block after block.
-///
-/// Each frame leaves late by an exponentially distributed time, as systems and busy channels delay it.
-class ChannelSender {
+/// When a run takes place, as the module's clock has it.
+struct RunTimes {
+  std::int64_t startUs = 0;  ///< Negative when the run started before the module listened.
+  std::int64_t endUs = kNever;
+};
+
+/// The frames of one channel of a run, block after block.
+class ChannelSender final : public FrameSource {
  public:
-  /// Starts `startUs` after the phone did. `channel` and `random` must outlive the sender.
-  ChannelSender(const PlannedChannel& channel, std::int64_t startUs, Random& random)
-      : channel_(&channel), random_(&random) {
+  /// `channel`, `delays` and `random` must outlive the sender.
+  ChannelSender(const PlannedChannel& channel, const RunTimes& times, const Transmitter& from,
+                std::size_t run, const SenderDelays& delays, Random& random)
+      : channel_(channel), times_(times), delays_(delays), random_(random) {
+    next_.from = from;
+    next_.run = run;
+    const std::int64_t missedUs = std::max<std::int64_t>(-times.startUs, 0);
+    const std::int64_t missedOfBlockUs = missedUs % channel.periodUs;
     const auto later =
-        std::lower_bound(channel.frames.begin(), channel.frames.end(), startUs % channel.periodUs,
+        std::lower_bound(channel.frames.begin(), channel.frames.end(), missedOfBlockUs,
                          [](const PlannedFrame& frame, std::int64_t us) { return frame.timeUs < us; });
     index_ = static_cast<std::size_t>(later - channel.frames.begin());
-    blockUs_ = -(startUs % channel.periodUs);
+    blockUs_ = times.startUs + missedUs - missedOfBlockUs;
+    stallUs_ = nextStall(0);
+    next_.timeUs = times.startUs + missedUs;
     schedule();
   }
 
-  /// When the next frame leaves, microseconds since the start of the sender.
-  std::int64_t time() const { return timeUs_; }
-  const PlannedFrame& frame() const { return channel_->frames[index_]; }
-
-  void advance() {
+  void advance() override {
     ++index_;
     schedule();
   }
 
  private:
-  static constexpr double kMeanDelayUs = 300;
-
   void schedule() {
-    if (index_ == channel_->frames.size()) {
+    if (index_ == channel_.frames.size()) {
       index_ = 0;
-      blockUs_ += channel_->periodUs;
+      blockUs_ += channel_.periodUs;
     }
-    const auto delay = static_cast<std::int64_t>(random_->exponential(kMeanDelayUs));
-    timeUs_ = std::max(timeUs_, blockUs_ + frame().timeUs + delay);
+    next_.frame = channel_.frames[index_];
+    const std::int64_t dueUs = blockUs_ + next_.frame.timeUs;
+    if (dueUs >= stallUs_) {
+      blockUs_ += kStallUs;
+      stallUs_ = nextStall(dueUs);
+      return schedule();
+    }
+    const auto delayUs = static_cast<std::int64_t>(random_.exponential(delays_.meanUs));
+    next_.timeUs = std::max(next_.timeUs, dueUs + delayUs);
+    if (next_.timeUs >= times_.endUs) next_.timeUs = kNever;
   }
 
-  const PlannedChannel* channel_;
-  Random* random_;
+  std::int64_t nextStall(std::int64_t afterUs) {
+    if (delays_.stallsPerSecond <= 0) return kNever;
+    return afterUs + static_cast<std::int64_t>(random_.exponential(1e6 / delays_.stallsPerSecond));
+  }
+
+  const PlannedChannel& channel_;
+  RunTimes times_;
+  const SenderDelays& delays_;
+  Random& random_;
   std::size_t index_ = 0;
   std::int64_t blockUs_ = 0;
-  std::int64_t timeUs_ = 0;
+  std::int64_t stallUs_ = kNever;
 };
 
 }  // namespace zor::simulator

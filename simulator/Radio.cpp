@@ -1,5 +1,7 @@
 #include "simulator/Radio.h"
 
+#include <cmath>
+
 namespace zor::simulator {
 namespace {
 
@@ -16,7 +18,11 @@ LossModel::LossModel(const RadioConditions& conditions, Random& random)
   changeUs_ = nextStay();
 }
 
-bool LossModel::loses(std::int64_t timeUs) {
+bool LossModel::loses(std::int64_t timeUs, std::int32_t length) {
+  if (conditions_.byLength) {
+    const double emptyFrames = static_cast<double>(airTimeUs(length)) / static_cast<double>(airTimeUs(0));
+    return random_.fraction() >= std::pow(1 - conditions_.loss, emptyFrames);
+  }
   if (!conditions_.bursts) return random_.fraction() < conditions_.loss;
   if (conditions_.loss <= 0) return false;
   while (changeUs_ <= static_cast<double>(timeUs)) {

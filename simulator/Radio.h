@@ -13,6 +13,7 @@ enum class Held { nothing, multicast, groups };
 struct RadioConditions {
   double loss = 0;            ///< Mean share of the frames that are lost.
   bool bursts = false;        ///< Losses come in bursts instead of one by one.
+  bool byLength = false;      ///< Each bit is as likely to be lost; `loss` is that of an empty datagram.
   Held held = Held::nothing;  ///< `groups`: both multicasts and broadcasts.
   std::int64_t holdUs = 0;    ///< From one release to the next.
 };
@@ -25,8 +26,9 @@ class LossModel {
   /// `conditions` and `random` must outlive the model.
   LossModel(const RadioConditions& conditions, Random& random);
 
-  /// True when a frame at `timeUs` is lost. Times must not decrease from call to call.
-  bool loses(std::int64_t timeUs);
+  /// True when a frame with a datagram of `length` bytes is lost at `timeUs`. Times must not decrease from
+  /// call to call.
+  bool loses(std::int64_t timeUs, std::int32_t length);
 
  private:
   double nextStay() const;

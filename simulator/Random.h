@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 namespace zor::simulator {
 
@@ -25,6 +27,12 @@ class Random {
   /// Returns a number from 0 up to `limit`, exclusive.
   std::int64_t below(std::int64_t limit) {
     return static_cast<std::int64_t>(fraction() * static_cast<double>(limit));
+  }
+
+  /// Returns one of `choices`, which must not be empty.
+  template <class Choices>
+  const auto& oneOf(const Choices& choices) {
+    return choices[static_cast<std::size_t>(below(static_cast<std::int64_t>(std::size(choices))))];
   }
 
   /// Returns an exponentially distributed number.

@@ -1,31 +1,30 @@
 #include "simulator/Trial.h"
 
 #include <algorithm>
-#include <deque>
 #include <thread>
 
+#include "simulator/AccessPoint.h"
 #include "simulator/IdealReceiver.h"
-#include "simulator/PhoneSender.h"
+#include "simulator/Sources.h"
 
 namespace zor::simulator {
 namespace {
 
 constexpr double kUsPerSecond = 1e6;
 
-/// A module starts to listen within this time of a phone's run.
-constexpr std::int64_t kLatestStartUs = 60'000'000;
+// A hopping module listens on each of the channels 1, 6 and 11 for a quarter of a second.
+constexpr std::int64_t kDwellUs = 250'000;
+constexpr std::int64_t kHopCycleUs = 3 * kDwellUs;
 
-/// How many frames an access point holds. When one more arrives, the oldest is dropped.
-constexpr std::size_t kMaxHeld = 64;
+/// Longer than anything is heard before time 0.
+constexpr std::int64_t kManyHopsUs = 1000 * kHopCycleUs;
 
-/// What headers and encryption add to a datagram, bytes: less than this, and constant for a phone.
-constexpr std::int64_t kMaxOverhead = 120;
+double secondsOf(std::int64_t us) {
+  return static_cast<double>(us) / kUsPerSecond;
+}
 
-/// One phone as the module observes it.
-struct Phone {
-  const PhonePlan* plan;
-  receiver::MacAddress address;
-  std::int32_t overhead;
+/// What the module knows of a run.
+struct Heard {
   IdealReceiver bound;
   bool provisioned = false;
 };
@@ -33,116 +32,103 @@ struct Phone {
 class Run {
  public:
   Run(const Scenario& scenario, std::uint64_t seed, receiver::Decoder& decoder)
-      : scenario_(scenario),
+      : environment_(scenario.environment),
+        secondsAfter_(scenario.secondsAfter),
         decoder_(decoder),
         random_(seed),
-        loss_(scenario.radio, random_),
-        releases_(scenario.radio, random_) {
-    for (const PhonePlan* const plan : scenario.phones) addPhone(*plan);
+        loss_(environment_.radio, random_),
+        accessPoint_(environment_, random_),
+        runs_(makeRuns(scenario, random_)),
+        sources_(makeSources(scenario, runs_, random_)),
+        hopUs_(kManyHopsUs + random_.below(kHopCycleUs)) {
+    for (const PhoneRun& run : runs_) {
+      heard_.push_back({IdealReceiver(*run.plan)});
+      if (run.awaited) startUs_ = std::max(startUs_, run.times.startUs);
+    }
   }
 
   Outcome outcome() {
-    while (!(boundReached_ && decoderReached_)) {
-      Sender& next = earliest();
-      if (static_cast<double>(next.channel.time()) > kGiveUpSeconds * kUsPerSecond) break;
-      take({next.phone, next.channel.frame()}, next.channel.time());
-      next.channel.advance();
+    const double giveUpSeconds = secondsOf(startUs_) + kGiveUpSeconds;
+    while (secondsOf(nowUs_) < std::min(endSeconds_, giveUpSeconds)) {
+      FrameSource& source = earliest();
+      nowUs_ = source.next().timeUs;
+      accessPoint_.take(source.next(), [this](const SentFrame& sent, std::int64_t fromUs, std::int64_t toUs) {
+        if (listensAt(fromUs) && !loss_.loses(fromUs, sent.frame.length)) hear(sent, toUs);
+      });
+      source.advance();
     }
     return outcome_;
   }
 
  private:
-  struct Sender {
-    std::size_t phone;
-    ChannelSender channel;
-  };
-  struct Sent {
-    std::size_t phone;
-    PlannedFrame frame;
-  };
-
-  void addPhone(const PhonePlan& plan) {
-    const auto number = static_cast<std::uint8_t>(phones_.size());
-    const auto overhead = static_cast<std::int32_t>(random_.below(kMaxOverhead));
-    phones_.push_back({&plan, {0x02, 0, 0, 0, 0, number}, overhead, IdealReceiver(plan)});
-    const std::int64_t startUs = scenario_.listens == Listens::anyTime ? random_.below(kLatestStartUs) : 0;
-    for (const PlannedChannel& channel : plan.channels) {
-      senders_.push_back({phones_.size() - 1, ChannelSender(channel, startUs, random_)});
-    }
-  }
-
-  Sender& earliest() {
-    return *std::min_element(senders_.begin(), senders_.end(), [](const Sender& a, const Sender& b) {
-      return a.channel.time() < b.channel.time();
+  FrameSource& earliest() {
+    return **std::min_element(sources_.begin(), sources_.end(), [](const auto& a, const auto& b) {
+      return a->next().timeUs < b->next().timeUs;
     });
   }
 
-  /// Handles a frame that has reached the access point.
-  void take(const Sent& sent, std::int64_t timeUs) {
-    const Held held = scenario_.radio.held;
-    while (held != Held::nothing && releases_.next() <= timeUs) release();
-    if (held == Held::nothing || (held == Held::multicast && !sent.frame.multicast))
-      return transmit(sent, timeUs);
-    if (held_.size() == kMaxHeld) held_.pop_front();
-    held_.push_back(sent);
+  bool listensAt(std::int64_t timeUs) const {
+    return !environment_.hopping || (timeUs + hopUs_) % kHopCycleUs < kDwellUs;
   }
 
-  void release() {
-    for (const Sent& sent : held_) transmit(sent, releases_.next());
-    held_.clear();
-    releases_.pass();
-  }
-
-  /// Puts a frame on the air, after those that were there first.
-  void transmit(const Sent& sent, std::int64_t timeUs) {
-    const std::int64_t startUs = std::max(timeUs, busyUntilUs_);
-    busyUntilUs_ = startUs + airTimeUs(sent.frame.length);
-    if (!loss_.loses(startUs)) arrive(sent, busyUntilUs_);
-  }
-
-  void arrive(const Sent& sent, std::int64_t timeUs) {
-    Phone& phone = phones_[sent.phone];
-    phone.bound.observe(sent.frame);
-    const auto heard =
-        decoder_.observe({timeUs, phone.address, sent.frame.destination, sent.frame.length + phone.overhead});
-    if (heard) judge(*heard, phone);
+  void hear(const SentFrame& sent, std::int64_t timeUs) {
+    if (sent.run != kNoRun) heard_[sent.run].bound.observe(sent.frame);
+    const auto credentials = decoder_.observe(
+        {timeUs, sent.from.address, sent.frame.destination, sent.frame.length + sent.from.overhead});
+    if (credentials) judge(*credentials, sent.from.address);
     note(timeUs);
   }
 
-  void judge(const receiver::Credentials& heard, Phone& phone) {
-    const Secret& secret = phone.plan->secret;
-    const bool sameTexts = heard.ssid == secret.ssid && heard.passPhrase == secret.passPhrase;
-    const bool sameAppend = heard.encoding == receiver::Encoding::version3 || heard.append == secret.append;
-    if (sameTexts && sameAppend && heard.sender == phone.address) {
-      phone.provisioned = true;
-    } else {
-      outcome_.wrong.push_back(heard);
+  void judge(const receiver::Credentials& credentials, const receiver::MacAddress& address) {
+    for (std::size_t i = 0; i < runs_.size(); ++i) {
+      const Secret& secret = runs_[i].plan->secret;
+      const bool sameTexts = credentials.ssid == secret.ssid && credentials.passPhrase == secret.passPhrase;
+      const bool sameAppend =
+          credentials.encoding == receiver::Encoding::version3 || credentials.append == secret.append;
+      const bool sameSender = credentials.sender == address && runs_[i].from.address == address;
+      if (!sameTexts || !sameAppend || !sameSender) continue;
+      heard_[i].provisioned = true;
+      return;
     }
+    outcome_.wrong.push_back(credentials);
   }
 
   void note(std::int64_t timeUs) {
-    const double seconds = static_cast<double>(timeUs) / kUsPerSecond;
-    if (!boundReached_ &&
-        std::all_of(phones_.begin(), phones_.end(), [](const Phone& p) { return p.bound.complete(); })) {
+    const double seconds = secondsOf(std::max<std::int64_t>(timeUs - startUs_, 0));
+    if (!boundReached_ && forAllAwaited([](const Heard& heard) { return heard.bound.complete(); })) {
       boundReached_ = true;
       outcome_.boundSeconds = seconds;
     }
-    if (!decoderReached_ &&
-        std::all_of(phones_.begin(), phones_.end(), [](const Phone& p) { return p.provisioned; })) {
+    if (!decoderReached_ && forAllAwaited([](const Heard& heard) { return heard.provisioned; })) {
       decoderReached_ = true;
       outcome_.decoderSeconds = seconds;
     }
+    if (boundReached_ && decoderReached_) {
+      endSeconds_ = std::min(endSeconds_, secondsOf(timeUs) + secondsAfter_);
+    }
   }
 
-  const Scenario& scenario_;
+  template <class Predicate>
+  bool forAllAwaited(Predicate&& predicate) const {
+    for (std::size_t i = 0; i < runs_.size(); ++i) {
+      if (runs_[i].awaited && !predicate(heard_[i])) return false;
+    }
+    return true;
+  }
+
+  const Environment& environment_;
+  double secondsAfter_;
   receiver::Decoder& decoder_;
   Random random_;
   LossModel loss_;
-  Releases releases_;
-  std::vector<Phone> phones_;
-  std::vector<Sender> senders_;
-  std::deque<Sent> held_;
-  std::int64_t busyUntilUs_ = 0;
+  AccessPoint accessPoint_;
+  std::vector<PhoneRun> runs_;
+  std::vector<std::unique_ptr<FrameSource>> sources_;
+  std::vector<Heard> heard_;
+  std::int64_t hopUs_;
+  std::int64_t startUs_ = 0;
+  std::int64_t nowUs_ = 0;
+  double endSeconds_ = 2 * kGiveUpSeconds;
   bool boundReached_ = false;
   bool decoderReached_ = false;
   Outcome outcome_;

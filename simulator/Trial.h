@@ -4,25 +4,33 @@
 #include <vector>
 
 #include "receiver/decoder/Decoder.h"
+#include "simulator/Environment.h"
 #include "simulator/PhonePlan.h"
-#include "simulator/Radio.h"
 
 namespace zor::simulator {
 
 /// When a module starts to listen: before the phones send, or at a random moment of their runs.
 enum class Listens { fromStart, anyTime };
 
-/// Phones that provision at the same time, and the air between them and the module.
+/// One phone: what it sends, and what it sent before where the environment has an earlier run.
+struct Phone {
+  const PhonePlan* plan;
+  const PhonePlan* earlier = nullptr;
+};
+
+/// Phones that provision at the same time, and what is between them and the module.
 struct Scenario {
-  std::vector<const PhonePlan*> phones;
-  RadioConditions radio;
+  std::vector<Phone> phones;
+  Environment environment;
   Listens listens = Listens::anyTime;
+  double secondsAfter = 0;  ///< How long the module listens on after it has all credentials.
 };
 
 /// A run that has not provisioned after this many seconds is given up.
 inline constexpr double kGiveUpSeconds = 100;
 
-/// What became of one run. Times are `kGiveUpSeconds` when the run was given up.
+/// What became of one run. Times count from when the module listens and all phones send their present
+/// credentials, and are `kGiveUpSeconds` when the run was given up.
 struct Outcome {
   double decoderSeconds = kGiveUpSeconds;    ///< Until the decoder had every phone's credentials.
   double boundSeconds = kGiveUpSeconds;      ///< Until each piece of information had arrived once.

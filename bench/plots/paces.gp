@@ -5,7 +5,7 @@ set ylabel "time to provision, s"
 set logscale y
 set yrange [0.1:110]
 set multiplot layout 1,2 title "Paces, both channels, losses one by one: median (solid) and 95th percentile (dashed)"
-case = 'strcol("packet") eq packet && strcol("losses") eq "one by one" && strcol("sent") eq "both" && strcol("pace") eq'
+case = 'strcol("packet") eq packet && strcol("air") eq "one by one" && strcol("sent") eq "both" && strcol("pace") eq'
 do for [packet in '"9 + 12 bytes" "32 + 64 bytes"'] {
   set title packet
   if (packet eq "9 + 12 bytes") { unset key } else { set key outside right top }

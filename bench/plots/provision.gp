@@ -6,8 +6,8 @@ set logscale y
 set yrange [0.1:110]
 set key outside right top
 set multiplot layout 1,2 title "9-byte SSID, 12-byte pass phrase, losses one by one, module starts to listen at a random time"
-own = 'strcol("packet") eq "9 + 12 bytes" && strcol("losses") eq "one by one" && strcol("sent") eq "both"'
-peer = 'strcol("losses") eq "one by one" && strcol("listens") eq "any time"'
+own = 'strcol("packet") eq "9 + 12 bytes" && strcol("air") eq "one by one" && strcol("sent") eq "both"'
+peer = 'strcol("air") eq "one by one" && strcol("listens") eq "any time"'
 do for [kind in "median p95"] {
   set title (kind eq "median" ? "median" : "95th percentile")
   suffix = kind eq "median" ? "" : " p95"

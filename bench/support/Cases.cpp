@@ -1,13 +1,14 @@
 #include "bench/support/Cases.h"
 
+#include <algorithm>
+
 #include "bench/support/SampleRun.h"
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
 
-using simulator::Held;
+using simulator::Environment;
 using simulator::Outcome;
-using simulator::RadioConditions;
 
 const std::vector<NamedSecret>& secrets() {
   static const std::vector<NamedSecret> kSecrets = {
@@ -19,6 +20,17 @@ const std::vector<NamedSecret>& secrets() {
   return kSecrets;
 }
 
+simulator::Secret mistyped(simulator::Secret secret) {
+  secret.passPhrase.back() = '?';
+  return secret;
+}
+
+simulator::Secret otherSecret(simulator::Secret secret) {
+  std::reverse(secret.ssid.begin(), secret.ssid.end());
+  std::reverse(secret.passPhrase.begin(), secret.passPhrase.end());
+  return secret;
+}
+
 const std::vector<NamedChannels>& channelChoices() {
   static const std::vector<NamedChannels> kChoices = {{"multicast", {true, false, false}},
                                                       {"broadcast", {false, true, false}},
@@ -27,14 +39,15 @@ const std::vector<NamedChannels>& channelChoices() {
   return kChoices;
 }
 
-const std::vector<NamedRadio>& radios() {
-  static const std::vector<NamedRadio> kRadios = {
-      {"one by one", {0, false, Held::nothing, 0}},
-      {"bursts", {0, true, Held::nothing, 0}},
-      {"held 100 ms", {0, false, Held::groups, 100'000}},
-      {"held 300 ms", {0, false, Held::groups, 300'000}},
-      {"multicast held 300 ms", {0, false, Held::multicast, 300'000}}};
-  return kRadios;
+const NamedChannels& findChannels(const std::string& name) {
+  return *std::find_if(channelChoices().begin(), channelChoices().end(),
+                       [&](const NamedChannels& choice) { return choice.name == name; });
+}
+
+std::vector<std::string> channelNames() {
+  std::vector<std::string> names;
+  for (const NamedChannels& choice : channelChoices()) names.push_back(choice.name);
+  return names;
 }
 
 const std::vector<int>& losses() {
@@ -42,9 +55,9 @@ const std::vector<int>& losses() {
   return kLosses;
 }
 
-RadioConditions withLoss(RadioConditions radio, int lossPercent) {
-  radio.loss = lossPercent / 100.0;
-  return radio;
+Environment withLoss(Environment environment, int lossPercent) {
+  environment.radio.loss = lossPercent / 100.0;
+  return environment;
 }
 
 Summary summarize(const std::vector<Outcome>& outcomes) {

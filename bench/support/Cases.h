@@ -20,6 +20,12 @@ struct NamedSecret {
 /// A common home network, and the longest packet.
 const std::vector<NamedSecret>& secrets();
 
+/// Returns `secret` with a typing error in the pass phrase.
+simulator::Secret mistyped(simulator::Secret secret);
+
+/// Returns another secret whose texts are as long.
+simulator::Secret otherSecret(simulator::Secret secret);
+
 struct NamedChannels {
   std::string name;
   simulator::Channels channels;
@@ -28,20 +34,31 @@ struct NamedChannels {
 /// Each channel by itself, both, and both with version 3 mixed in.
 const std::vector<NamedChannels>& channelChoices();
 
-struct NamedRadio {
+/// Returns the choice with this name, which must be one of `channelNames`.
+const NamedChannels& findChannels(const std::string& name);
+std::vector<std::string> channelNames();
+
+struct NamedAir {
   std::string name;
-  simulator::RadioConditions radio;
+  simulator::Environment environment;  ///< Its `loss` is 0: `withLoss` sets it.
 };
 
-/// Losses one by one and in bursts, and losses one by one where an access point holds group frames. Their
-/// `loss` is 0: `withLoss` sets it.
-const std::vector<NamedRadio>& radios();
+/// Quiet airs: losses one by one and in bursts, and losses one by one where an access point holds group
+/// frames.
+const std::vector<NamedAir>& quietAirs();
+
+/// Those and all others: strays, neighbours, corrected runs, delays, copies and more.
+const std::vector<NamedAir>& airs();
+
+/// Returns the airs with these names; all of `airs` for no names or "all". Ends the process when a name is
+/// not known, with a message that lists those that are.
+std::vector<NamedAir> findAirs(const std::vector<std::string>& names);
 
 /// Shares of lost frames, per cent.
 const std::vector<int>& losses();
 
-/// Returns `radio` with another share of lost frames.
-simulator::RadioConditions withLoss(simulator::RadioConditions radio, int lossPercent);
+/// Returns `environment` with another share of lost frames.
+simulator::Environment withLoss(simulator::Environment environment, int lossPercent);
 
 /// The outcomes of many runs. Times are seconds, of the decoder and of the bound.
 struct Summary {

@@ -27,7 +27,7 @@ class Listening {
   bool hears(std::int64_t intervalUs) {
     sentUs_ += intervalUs;
     heardUs_ = releases_.after(sentUs_);
-    return !loss_.loses(heardUs_);
+    return !loss_.loses(heardUs_, 0);
   }
 
   bool over() const { return seconds() >= kGiveUpSeconds; }

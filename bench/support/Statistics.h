@@ -19,6 +19,21 @@ inline double median(const std::vector<double>& values) {
   return percentile(values, 0.5);
 }
 
+/// Returns the highest mean, with a confidence of 95 %, of a rare event that was counted `count` times
+/// (Poisson distribution). For a count of 0 it is 3.
+inline double highestMean(std::size_t count) {
+  double low = static_cast<double>(count);
+  double high = low + 4 * std::sqrt(low + 1) + 1;
+  while (high - low > 1e-3) {
+    const double mean = (low + high) / 2;
+    double term = std::exp(-mean);
+    double atMostCount = term;
+    for (std::size_t i = 1; i <= count; ++i) atMostCount += term *= mean / static_cast<double>(i);
+    (atMostCount > 0.05 ? low : high) = mean;
+  }
+  return high;
+}
+
 /// Returns `value` divided by `baseline`, or NaN when that is 0.
 inline double ratio(double value, double baseline) {
   return baseline == 0 ? NAN : value / baseline;
