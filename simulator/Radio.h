@@ -64,7 +64,7 @@ class Releases {
 /// sent at the lowest rate, 1 Mbit/s with a long preamble (IEEE 802.11, DSSS).
 constexpr std::int64_t airTimeUs(std::int32_t length) {
   constexpr std::int64_t kPreambleUs = 192;
-  constexpr std::int64_t kHeaders = 24 + 8 + 8 + 4 + 20 + 8;  // MAC, cipher, LLC/SNAP, FCS, IPv4, UDP.
+  constexpr std::int64_t kHeaders = 24 + 16 + 8 + 4 + 20 + 8;  // MAC, CCMP, LLC/SNAP, FCS, IPv4, UDP.
   constexpr std::int64_t kUsPerByte = 8;
   return kPreambleUs + (kHeaders + length) * kUsPerByte;
 }
