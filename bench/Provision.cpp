@@ -32,10 +32,10 @@ Row makeRow(const std::string& packet, const std::string& air, const std::string
 }
 
 struct Options {
-  std::vector<std::string> airs;
-  std::vector<std::string> sent = channelNames();
+  std::vector<std::string> airs = namesOf(quietAirs());
+  std::vector<std::string> sent = namesOf(channelChoices());
   std::vector<int> losses = bench::losses();
-  std::vector<std::string> packets;
+  std::vector<std::string> packets = namesOf(secrets());
   int runs = 200;
 };
 
@@ -71,13 +71,11 @@ void addRows(Table& table, const std::string& sent, const NamedSecret& packet, c
 
 void runBenchmark(Program& program) {
   Options options;
-  for (const NamedAir& air : quietAirs()) options.airs.push_back(air.name);
-  for (const NamedSecret& packet : secrets()) options.packets.push_back(packet.name);
   program.options().add_option("--air", options.airs,
                                "Airs by name, or \"all\"; the quiet ones when not given");
   program.options()
       .add_option("--sent", options.sent, "What the phone sends; everything when not given")
-      ->check(CLI::IsMember(channelNames()));
+      ->check(CLI::IsMember(namesOf(channelChoices())));
   program.options()
       .add_option("--packet", options.packets, "Packets; both when not given")
       ->check(CLI::IsMember(options.packets));

@@ -74,7 +74,7 @@ void runBenchmark(Program& program) {
   program.options().add_option("--air", options.airs, "Airs by name; all when not given");
   program.options()
       .add_option("--sent", options.sent, "What phones send; any when not given")
-      ->check(CLI::IsMember(channelNames()));
+      ->check(CLI::IsMember(namesOf(channelChoices())));
   program.options()
       .add_option("--loss", options.loss, "Loss in per cent; 0 to 70 when not given")
       ->check(CLI::Range(0, 99));

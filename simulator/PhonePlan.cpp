@@ -103,6 +103,14 @@ SenderInputs makeInputs(const Secret& secret) {
 
 }  // namespace
 
+double PhonePlan::framesPerSecond() const {
+  double frames = 0;
+  for (const PlannedChannel& channel : channels) {
+    frames += 1e6 * static_cast<double>(channel.frames.size()) / static_cast<double>(channel.periodUs);
+  }
+  return frames;
+}
+
 double PhonePlan::airTimeShare() const {
   double share = 0;
   for (const PlannedChannel& channel : channels) {
@@ -121,9 +129,10 @@ PhonePlan makePlan(const Secret& secret, const Pace& pace, const Channels& chann
   const auto texts = static_cast<int>(secret.ssid.size() + secret.passPhrase.size());
   plan.piecesVersion5 = buildPacketV5(inputs).length;
   plan.endVersion3 = kTextsStartVersion5 + texts;
-  if (channels.multicast)
+  if (channels.multicast && s_ZorSmart5_McLen != 0)
     plan.channels.push_back(planMulticast(recordMulticast(inputs, channels.version3), plan));
-  if (channels.broadcast) plan.channels.push_back(planBroadcast(recordBroadcast(inputs)));
+  if (channels.broadcast && s_ZorSmart5_BcLen != 0)
+    plan.channels.push_back(planBroadcast(recordBroadcast(inputs)));
   return plan;
 }
 

@@ -53,10 +53,13 @@ struct PhonePlan {
   int endVersion3 = 0;     ///< The version 3 packet is the pieces 2 up to this one, exclusive, and its CRC.
   std::vector<PlannedChannel> channels;
 
+  double framesPerSecond() const;
+
   /// The share of the time, 0 to 1, for which the frames keep the radio channel busy.
   double airTimeShare() const;
 };
 
+/// Plans the channels that are both chosen and switched on by the pace: a length base of 0 switches one off.
 /// Sets the process's pacing tunables and leaves them so: only one thread at a time may make plans.
 PhonePlan makePlan(const Secret& secret, const Pace& pace, const Channels& channels);
 

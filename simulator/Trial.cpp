@@ -52,6 +52,7 @@ class Run {
     while (secondsOf(nowUs_) < std::min(endSeconds_, giveUpSeconds)) {
       FrameSource& source = earliest();
       nowUs_ = source.next().timeUs;
+      count(source.next());
       accessPoint_.take(source.next(), [this](const SentFrame& sent, std::int64_t fromUs, std::int64_t toUs) {
         if (listensAt(fromUs) && !loss_.loses(fromUs, sent.frame.length)) hear(sent, toUs);
       });
@@ -65,6 +66,12 @@ class Run {
     return **std::min_element(sources_.begin(), sources_.end(), [](const auto& a, const auto& b) {
       return a->next().timeUs < b->next().timeUs;
     });
+  }
+
+  void count(const SentFrame& sent) {
+    if (decoderReached_ || sent.run == kNoRun) return;
+    ++outcome_.framesSent;
+    outcome_.airSeconds += secondsOf(airTimeUs(sent.frame.length));
   }
 
   bool listensAt(std::int64_t timeUs) const {

@@ -32,8 +32,10 @@ inline constexpr double kGiveUpSeconds = 100;
 /// What became of one run. Times count from when the module listens and all phones send their present
 /// credentials, and are `kGiveUpSeconds` when the run was given up.
 struct Outcome {
-  double decoderSeconds = kGiveUpSeconds;    ///< Until the decoder had every phone's credentials.
-  double boundSeconds = kGiveUpSeconds;      ///< Until each piece of information had arrived once.
+  double decoderSeconds = kGiveUpSeconds;  ///< Until the decoder had every phone's credentials.
+  double boundSeconds = kGiveUpSeconds;    ///< Until each piece of information had arrived once.
+  std::int64_t framesSent = 0;             ///< By the phones' runs until the decoder had everything.
+  double airSeconds = 0;                   ///< For which these frames kept the channel busy, sent once each.
   std::vector<receiver::Credentials> wrong;  ///< Credentials that no phone sent.
 };
 

@@ -44,12 +44,6 @@ const NamedChannels& findChannels(const std::string& name) {
                        [&](const NamedChannels& choice) { return choice.name == name; });
 }
 
-std::vector<std::string> channelNames() {
-  std::vector<std::string> names;
-  for (const NamedChannels& choice : channelChoices()) names.push_back(choice.name);
-  return names;
-}
-
 const std::vector<int>& losses() {
   static const std::vector<int> kLosses = {0, 10, 20, 30, 50, 70};
   return kLosses;
@@ -63,14 +57,20 @@ Environment withLoss(Environment environment, int lossPercent) {
 Summary summarize(const std::vector<Outcome>& outcomes) {
   std::vector<double> decoder;
   std::vector<double> bound;
+  std::vector<double> frames;
+  std::vector<double> airSeconds;
   Summary summary;
   for (const Outcome& outcome : outcomes) {
     decoder.push_back(outcome.decoderSeconds);
     bound.push_back(outcome.boundSeconds);
+    frames.push_back(static_cast<double>(outcome.framesSent));
+    airSeconds.push_back(outcome.airSeconds);
     summary.wrong += outcome.wrong.size();
   }
   summary.median = median(decoder);
   summary.p95 = percentile(decoder, 0.95);
+  summary.frames = median(frames);
+  summary.airSeconds = median(airSeconds);
   summary.boundMedian = median(bound);
   summary.boundP95 = percentile(bound, 0.95);
   return summary;

@@ -34,9 +34,8 @@ struct NamedChannels {
 /// Each channel by itself, both, and both with version 3 mixed in.
 const std::vector<NamedChannels>& channelChoices();
 
-/// Returns the choice with this name, which must be one of `channelNames`.
+/// Returns the choice with this name, which must be that of one of `channelChoices`.
 const NamedChannels& findChannels(const std::string& name);
-std::vector<std::string> channelNames();
 
 struct NamedAir {
   std::string name;
@@ -60,12 +59,22 @@ const std::vector<int>& losses();
 /// Returns `environment` with another share of lost frames.
 simulator::Environment withLoss(simulator::Environment environment, int lossPercent);
 
+/// Returns the names of `cases`.
+template <class Cases>
+std::vector<std::string> namesOf(const Cases& cases) {
+  std::vector<std::string> names;
+  for (const auto& one : cases) names.push_back(one.name);
+  return names;
+}
+
 /// The outcomes of many runs. Times are seconds, of the decoder and of the bound.
 struct Summary {
   double median = 0;
   double p95 = 0;
   double boundMedian = 0;
   double boundP95 = 0;
+  double frames = 0;      ///< Median of the frames sent until the decoder had everything.
+  double airSeconds = 0;  ///< Median of the time that they took on the air.
   std::size_t wrong = 0;  ///< Reported credentials that no phone sent.
 };
 
