@@ -4,6 +4,8 @@
 #include <cmath>
 #include <vector>
 
+#include "simulator/Random.h"
+
 namespace zor::bench {
 
 /// Returns the value that a `share` (0 to 1) of `values` does not exceed, or 0 when there are no values.
@@ -19,6 +21,32 @@ inline double median(const std::vector<double>& values) {
   return percentile(values, 0.5);
 }
 
+/// Returns `value` divided by `baseline`, or NaN when that is 0.
+inline double ratio(double value, double baseline) {
+  return baseline == 0 ? NAN : value / baseline;
+}
+
+/// A range that holds a figure with a confidence of 95 %.
+struct Interval {
+  double low;
+  double high;
+};
+
+/// Returns the range of the ratio of two medians, by resampling both (bootstrap).
+inline Interval ratioInterval(const std::vector<double>& values, const std::vector<double>& baseline) {
+  constexpr int kResamples = 400;
+  simulator::Random random(1);
+  const auto resampledMedian = [&](const std::vector<double>& from) {
+    std::vector<double> drawn(from.size());
+    for (double& value : drawn) value = random.oneOf(from);
+    return median(drawn);
+  };
+  std::vector<double> ratios;
+  for (int i = 0; i < kResamples; ++i)
+    ratios.push_back(ratio(resampledMedian(values), resampledMedian(baseline)));
+  return {percentile(ratios, 0.025), percentile(ratios, 0.975)};
+}
+
 /// Returns the highest mean, with a confidence of 95 %, of a rare event that was counted `count` times
 /// (Poisson distribution). For a count of 0 it is 3.
 inline double highestMean(std::size_t count) {
@@ -32,11 +60,6 @@ inline double highestMean(std::size_t count) {
     (atMostCount > 0.05 ? low : high) = mean;
   }
   return high;
-}
-
-/// Returns `value` divided by `baseline`, or NaN when that is 0.
-inline double ratio(double value, double baseline) {
-  return baseline == 0 ? NAN : value / baseline;
 }
 
 }  // namespace zor::bench
