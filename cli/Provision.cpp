@@ -108,8 +108,9 @@ void addSendingOptions(CLI::App& command, ProvisionOptions& options) {
       command.add_flag("--mix-v3", options.mixed, "Mix version 3 frames into version 5");
   CLI::Option* const pace = addTextOption(
       command, "--pace", options.pace,
-      "default, fast, robust, 14 values 0..255 separated by commas, or a file that holds them: multicast "
-      "length base, milliseconds after each datagram, cycle and block, repeats of sync, data and cycles, "
+      "default, fast, robust, brief, 14 values 0..255 separated by commas, or a file that holds them: "
+      "multicast length base, milliseconds after each datagram, cycle and block, repeats of sync, data and "
+      "cycles, "
       "then the same for broadcast",
       "PACE");
   version3->excludes(mixed)->excludes(append)->excludes(pace);

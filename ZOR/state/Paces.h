@@ -14,10 +14,13 @@ struct ZorPace {
 inline constexpr ZorPace kZorPaces[] = {
     // What the tunables hold at load.
     {"default", {30, 30, 100, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5}},
-    // The shortest intervals, so the most load on the network.
-    {"fast", {30, 8, 0, 0, 1, 1, 5, 30, 9, 100, 0, 1, 1, 5}},
-    // Somewhat longer intervals than fast, and the same repeats.
+    // Each multicast cycle as a burst, so the most load on the network and the shortest waits.
+    {"fast", {30, 3, 60, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5}},
+    // Multicasts at even intervals, for access points and modules that lose bursts.
     {"robust", {30, 12, 0, 0, 1, 1, 5, 30, 15, 100, 0, 1, 1, 5}},
+    // Bursts of multicasts and no broadcasts, so the least time on the air until a module has the
+    // credentials.
+    {"brief", {30, 3, 100, 0, 1, 1, 5, 0, 15, 100, 0, 1, 1, 5}},
 };
 
 /// Returns the pace called `name`, or null when there is none. It lives as long as the process.

@@ -9,10 +9,10 @@ case = 'strcol("packet") eq packet && strcol("air") eq "one by one" && strcol("s
 do for [packet in '"9 + 12 bytes" "32 + 64 bytes"'] {
   set title packet
   if (packet eq "9 + 12 bytes") { unset key } else { set key outside right top }
-  plot for [i=1:3] "paces.csv" \
-      using (column("loss %")):(pick(@case word("default fast robust", i), column("median s"))) \
-      pt 7 lc rgb word(blue." ".orange." ".green, i) lw 2 title word("default fast robust", i), \
-    for [i=1:3] "" using (column("loss %")):(pick(@case word("default fast robust", i), column("p95 s"))) \
-      pt 7 lc rgb word(blue." ".orange." ".green, i) dt 2 notitle
+  plot for [i=1:4] "paces.csv" \
+      using (column("loss %")):(pick(@case word("default fast robust brief", i), column("median s"))) \
+      pt 7 lc rgb word(blue." ".orange." ".green." ".purple, i) lw 2 title word("default fast robust brief", i), \
+    for [i=1:4] "" using (column("loss %")):(pick(@case word("default fast robust brief", i), column("p95 s"))) \
+      pt 7 lc rgb word(blue." ".orange." ".green." ".purple, i) dt 2 notitle
 }
 unset multiplot

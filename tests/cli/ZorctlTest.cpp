@@ -47,7 +47,7 @@ TEST(Zorctl, SaysInOneLineWhyItFails) {
       {{"provision", "--ssid", "s", "--pass", "p", "--pace", "0,30,100,0,1,1,5,0,15,100,0,1,1,5"},
        "both channels"},
       {{"provision", "--ssid", "s", "--pass", "p", "--pace", "/no,such"}, "'/no,such' is no pace"},
-      {{"provision", "--ssid", "s", "--pass", "p", "--pace", "slow"}, "give default, fast, robust, 14"},
+      {{"provision", "--ssid", "s", "--pass", "p", "--pace", "slow"}, "give default, fast, robust, brief, 14"},
       {{"listen", "--port", "65535"}, "--port"},
       {{"module", "--interface", "zor1", "--misbehave", "badly"}, "--misbehave"},
       {{"module", "--interface", "zor1", "--mac", "a,b"}, "without commas"},
