@@ -6,6 +6,7 @@ option(ZOR_BUILD_TOOLS "Build the receiver and zorctl" ${PROJECT_IS_TOP_LEVEL})
 option(ZOR_BUILD_C "Build the C interface" ${PROJECT_IS_TOP_LEVEL})
 option(ZOR_BUILD_JAVA "Build the Java interface; needs a JDK, except for Android" OFF)
 option(ZOR_INSTALL "Install the library, its headers and its package" ${PROJECT_IS_TOP_LEVEL})
+option(ZOR_BUILD_OBJC "Build the Objective-C binding; needs Foundation, Apple's or GNUstep's" OFF)
 # The tests reach inside the library, which a shared build hides.
 cmake_dependent_option(ZOR_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL}
                        "NOT BUILD_SHARED_LIBS" OFF)
