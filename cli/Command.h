@@ -39,6 +39,7 @@ Command addListen(CLI::App& app);
 Command addSearch(CLI::App& app);
 Command addUpgrade(CLI::App& app);
 Command addInterfaces(CLI::App& app);
+Command addPacket(CLI::App& app);
 Command addModule(CLI::App& app);  ///< Linux only.
 
 }  // namespace zor::cli

@@ -77,8 +77,8 @@ ExitCode parseAndRun(int argc, char** argv) {
   app.set_version_flag("--version", "zorctl " ZOR_VERSION, "Print the version and end");
   app.require_subcommand(0, 1);
   app.footer("Example: zorctl provision --ssid Home\n'zorctl SUBCOMMAND --help' shows the options of each.");
-  std::vector<Command> commands = {addProvision(app), addListen(app), addSearch(app), addUpgrade(app),
-                                   addInterfaces(app)};
+  std::vector<Command> commands = {addProvision(app), addListen(app),     addSearch(app),
+                                   addUpgrade(app),   addInterfaces(app), addPacket(app)};
 #if defined(__linux__)
   commands.push_back(addModule(app));
 #endif

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/Command.h"
+#include "cli/CredentialOptions.h"
 #include "cli/Ending.h"
 #include "cli/Hex.h"
 #include "cli/InterfaceOption.h"
@@ -22,10 +23,7 @@ namespace {
 constexpr int kMaxTimeoutSeconds = 2'147'483;  ///< 24 days: the library counts milliseconds in 32 bits.
 constexpr int kMaxExpected = 1024;
 
-struct ProvisionOptions : CommonOptions {
-  std::string ssid;
-  std::optional<std::string> passPhrase;
-  std::optional<std::string> passPhraseFile;
+struct ProvisionOptions : CommonOptions, CredentialOptions {
   std::optional<std::string> append;
   std::optional<std::string> pace;
   std::string module;
@@ -59,12 +57,6 @@ ProvisionPlan readPlan(const ProvisionOptions& options) {
   return plan;
 }
 
-std::string readPassPhrase(const ProvisionOptions& options, const Interrupt& interrupt) {
-  if (options.passPhrase) return *options.passPhrase;
-  if (options.passPhraseFile) return readPassPhraseFile(*options.passPhraseFile, interrupt);
-  return askPassPhrase(options.ssid, interrupt);
-}
-
 ExitCode provision(const ProvisionOptions& options) {
   ProvisionPlan plan = readPlan(options);
   useInterface(plan.interface);
@@ -76,21 +68,6 @@ ExitCode provision(const ProvisionOptions& options) {
   const std::string warning = passPhraseWarning(plan.payload.passPhrase);
   if (!warning.empty()) output.complain(warning);
   return finish(output, ProvisionRun(plan, interrupt, output).run());
-}
-
-void addCredentialOptions(CLI::App& command, ProvisionOptions& options) {
-  command.add_option("--ssid", options.ssid, "Name of the network, at most 32 bytes")
-      ->option_text("SSID")
-      ->required();
-  CLI::Option* const pass = addTextOption(command, "--pass", options.passPhrase,
-                                          "Its pass phrase, at most 64 bytes, '' for an open network; "
-                                          "other users may see it in the process list",
-                                          "TEXT");
-  CLI::Option* const passFile = addTextOption(command, "--pass-file", options.passPhraseFile,
-                                              "File that holds the pass phrase in one line, - for standard "
-                                              "input; with neither option it is asked for on the terminal",
-                                              "FILE");
-  pass->excludes(passFile);
 }
 
 void addSendingOptions(CLI::App& command, ProvisionOptions& options) {

@@ -37,4 +37,10 @@ RecordedSchedule recordBroadcast(const SenderInputs& inputs) {
   return air.schedule;
 }
 
+RecordedSchedule recordVersion3(const SenderInputs& inputs) {
+  RecordingAir air;
+  sendCycleV3(air, buildPacketV3(inputs), NoSocket::isIgnored);
+  return air.schedule;
+}
+
 }  // namespace zor::simulator

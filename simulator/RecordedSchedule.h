@@ -25,4 +25,7 @@ struct RecordedSchedule {
 RecordedSchedule recordMulticast(const SenderInputs& inputs, bool mixVersion3 = false);
 RecordedSchedule recordBroadcast(const SenderInputs& inputs);
 
+/// Version 3, which has no tunables: one cycle, to the start of the next.
+RecordedSchedule recordVersion3(const SenderInputs& inputs);
+
 }  // namespace zor::simulator
