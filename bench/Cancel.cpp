@@ -7,9 +7,9 @@
 #include <random>
 
 #include "ZOR/ZorSuite.h"
-#include "bench/support/CountedSleepRun.h"
 #include "bench/support/Program.h"
 #include "bench/support/SampleRun.h"
+#include "bench/support/SleepingRun.h"
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
@@ -83,7 +83,7 @@ StopTimes measureBaseline(int runs) {
   const SenderInputs inputs = sampleInputs();
   for (int run = 0; run < runs; ++run) {
     ReceiveLoop listener(kZorAnnouncementPort);
-    CountedSleepRun senders(inputs);
+    SleepingRun senders(inputs, Sleeps::counted);
     phase.sleep();
     const Clock::time_point stop = Clock::now();
     senders.cancel();

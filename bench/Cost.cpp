@@ -4,9 +4,9 @@
 #include <thread>
 
 #include "ZOR/ZorSuite.h"
-#include "bench/support/CountedSleepRun.h"
 #include "bench/support/Program.h"
 #include "bench/support/SampleRun.h"
+#include "bench/support/SleepingRun.h"
 #include "bench/support/Statistics.h"
 #include "bench/support/ThreadUse.h"
 #include "bench/support/UpgradingModule.h"
@@ -48,9 +48,18 @@ RunUse measureRun(double seconds) {
   return use;
 }
 
-ThreadUse measureCountedSleeps(double seconds) {
+ThreadUse measureSenders(double seconds) {
+  return measureRun(seconds).senders;
+}
+
+ThreadUse measureListenerOfRun(double seconds) {
+  return measureRun(seconds).listener;
+}
+
+template <Sleeps kSleeps>
+ThreadUse measureSleeps(double seconds) {
   const ThreadIds before = threadIds();
-  const CountedSleepRun run(sampleInputs());
+  const SleepingRun run(sampleInputs(), kSleeps);
   return useDuring(threadIdsSince(before), seconds);
 }
 
@@ -93,39 +102,69 @@ ThreadUse measureUpgrade(double seconds) {
   return use;
 }
 
-Row makeRow(const char* activity, const ThreadUse& use, const ThreadUse& baseline, double seconds) {
+using Measure = ThreadUse (*)(double seconds);
+
+struct Comparison {
+  const char* activity;
+  Measure measure;
+  const char* baselineName;
+  Measure baseline;
+};
+
+constexpr Comparison kComparisons[] = {
+    {"version 5 run: senders", measureSenders, "one sleep a frame", measureSleeps<Sleeps::oneForEachFrame>},
+    {"version 5 run: senders", measureSenders, "counted 1 ms sleeps", measureSleeps<Sleeps::counted>},
+    {"version 5 run: listener", measureListenerOfRun, "10 ms receives", measureReceiveLoop},
+    {"idle listener", measureIdleListener, "10 ms receives", measureReceiveLoop},
+    {"search", measureSearch, "10 ms receives", measureReceiveLoop},
+    {"upgrade", measureUpgrade, "10 ms receives", measureReceiveLoop},
+};
+
+/// The same measurement, repeated: processor time differs by up to a factor of 2 from one to the next.
+struct Repeated {
+  std::vector<double> cpuMs;
+  std::vector<double> wakeUps;
+
+  void add(const ThreadUse& use) {
+    cpuMs.push_back(use.cpuMs);
+    wakeUps.push_back(static_cast<double>(use.wakeUps));
+  }
+};
+
+Row makeRow(const Comparison& comparison, double seconds, int repeats) {
+  Repeated use;
+  Repeated baseline;
+  for (int i = 0; i < repeats; ++i) {
+    use.add(comparison.measure(seconds));
+    baseline.add(comparison.baseline(seconds));
+  }
   const double perMinute = 60 / seconds;
-  const auto wakeUps = static_cast<double>(use.wakeUps);
-  const auto baselineWakeUps = static_cast<double>(baseline.wakeUps);
-  return {{"activity", activity},
-          {"measured s", seconds},
-          {"CPU ms/min", use.cpuMs * perMinute},
-          {"wake-ups/min", wakeUps * perMinute},
-          {"baseline CPU ms/min", baseline.cpuMs * perMinute},
-          {"baseline wake-ups/min", baselineWakeUps * perMinute},
-          {"CPU to baseline", ratio(use.cpuMs, baseline.cpuMs)},
-          {"wake-ups to baseline", ratio(wakeUps, baselineWakeUps)}};
+  return {{"activity", comparison.activity},
+          {"baseline", comparison.baselineName},
+          {"CPU ms/min", median(use.cpuMs) * perMinute},
+          {"lowest", percentile(use.cpuMs, 0) * perMinute},
+          {"highest", percentile(use.cpuMs, 1) * perMinute},
+          {"baseline CPU ms/min", median(baseline.cpuMs) * perMinute},
+          {"wake-ups/min", median(use.wakeUps) * perMinute},
+          {"baseline wake-ups/min", median(baseline.wakeUps) * perMinute},
+          {"CPU to baseline", ratio(median(use.cpuMs), median(baseline.cpuMs))},
+          {"wake-ups to baseline", ratio(median(use.wakeUps), median(baseline.wakeUps))}};
 }
 
 }  // namespace
 
 void runBenchmark(Program& program) {
-  double seconds = 6;
+  double seconds = 3;
+  int repeats = 3;
   program.options().add_option("--seconds", seconds, "Length of each measurement");
+  program.options()
+      .add_option("--repeats", repeats, "Measurements of which the median is shown")
+      ->check(CLI::PositiveNumber);
   program.parse("CPU time and wake-ups of the library's threads, per minute");
   Program::prepareToSend();
 
-  const ThreadUse sleeps = measureCountedSleeps(seconds);
-  const ThreadUse receives = measureReceiveLoop(seconds);
-  const RunUse provisioning = measureRun(seconds);
-  Table table("cost",
-              "Cost of the threads; baseline of the senders: counted 1 ms sleeps, of the others: a loop of "
-              "10 ms receives");
-  table.add(makeRow("version 5 run: both senders", provisioning.senders, sleeps, seconds));
-  table.add(makeRow("version 5 run: listener", provisioning.listener, receives, seconds));
-  table.add(makeRow("idle listener", measureIdleListener(seconds), receives, seconds));
-  table.add(makeRow("search", measureSearch(seconds), receives, seconds));
-  table.add(makeRow("upgrade", measureUpgrade(seconds), receives, seconds));
+  Table table("cost", "Cost of the threads: medians of repeated measurements, and the range of the CPU time");
+  for (const Comparison& comparison : kComparisons) table.add(makeRow(comparison, seconds, repeats));
   program.print(table);
 }
 

@@ -16,6 +16,7 @@ using simulator::PhonePlan;
 
 Row makeRow(const std::string& packet, const std::string& air, const std::string& sends, int lossPercent,
             const Summary& summary, const Summary& quiet) {
+  const Interval interval = ratioInterval(summary.seconds, quiet.seconds);
   return {{"packet", packet},
           {"air", air},
           {"sent", sends},
@@ -27,6 +28,8 @@ Row makeRow(const std::string& packet, const std::string& air, const std::string
           {"median to bound", ratio(summary.median, summary.boundMedian)},
           {"p95 to bound", ratio(summary.p95, summary.boundP95)},
           {"median to quiet", ratio(summary.median, quiet.median)},
+          {"low", interval.low},
+          {"high", interval.high},
           {"p95 to quiet", ratio(summary.p95, quiet.p95)},
           {"wrong", summary.wrong}};
 }
@@ -83,9 +86,10 @@ void runBenchmark(Program& program) {
   program.options().add_option("--runs", options.runs, "Runs of each case")->check(CLI::PositiveNumber);
   program.parse("Simulated time until a module has its credentials, compared with the shortest possible");
 
-  Table table(
-      "provision",
-      "Time to provision, default pacing; bound: a receiver that knows in advance what every frame means");
+  Table table("provision",
+              "Time to provision, default pacing; bound: a receiver that knows in advance what every frame "
+              "means; quiet: "
+              "losses one by one; low and high: 95 % confidence of the median to quiet");
   for (const NamedSecret& packet : secrets()) {
     if (std::count(options.packets.begin(), options.packets.end(), packet.name) == 0) continue;
     for (const std::string& sent : options.sent) addRows(table, sent, packet, options);

@@ -55,20 +55,19 @@ Environment withLoss(Environment environment, int lossPercent) {
 }
 
 Summary summarize(const std::vector<Outcome>& outcomes) {
-  std::vector<double> decoder;
+  Summary summary;
   std::vector<double> bound;
   std::vector<double> frames;
   std::vector<double> airSeconds;
-  Summary summary;
   for (const Outcome& outcome : outcomes) {
-    decoder.push_back(outcome.decoderSeconds);
+    summary.seconds.push_back(outcome.decoderSeconds);
     bound.push_back(outcome.boundSeconds);
     frames.push_back(static_cast<double>(outcome.framesSent));
     airSeconds.push_back(outcome.airSeconds);
     summary.wrong += outcome.wrong.size();
   }
-  summary.median = median(decoder);
-  summary.p95 = percentile(decoder, 0.95);
+  summary.median = median(summary.seconds);
+  summary.p95 = percentile(summary.seconds, 0.95);
   summary.frames = median(frames);
   summary.airSeconds = median(airSeconds);
   summary.boundMedian = median(bound);

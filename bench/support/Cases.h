@@ -69,6 +69,7 @@ std::vector<std::string> namesOf(const Cases& cases) {
 
 /// The outcomes of many runs. Times are seconds, of the decoder and of the bound.
 struct Summary {
+  std::vector<double> seconds;  ///< Until the decoder had everything.
   double median = 0;
   double p95 = 0;
   double boundMedian = 0;

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "ZOR/ZorSuite.h"
-#include "bench/support/CountedSleepRun.h"
+#include "bench/support/SleepingRun.h"
 #include "bench/support/LineLoad.h"
 #include "bench/support/ThreadUse.h"
 

@@ -1,6 +1,6 @@
-#include "bench/support/CountedSleepRun.h"
+#include "bench/support/SleepingRun.h"
 
-#include <unistd.h>
+#include <chrono>
 
 #include "ZOR/net/LazySenders.h"
 #include "ZOR/net/UdpSocket.h"
@@ -13,11 +13,11 @@ namespace {
 
 using Sender = decltype(&ZorUdpBcSendData);
 
-class CountedSleepAir final : public Air {
+class SleepingAir final : public Air {
  public:
-  CountedSleepAir(const std::atomic<bool>& isCancelled, Sender sender)
-      : isCancelled_(isCancelled), sender_(sender) {}
-  ~CountedSleepAir() override { ZorUdpClose(socket_); }
+  SleepingAir(const std::atomic<bool>& isCancelled, Sender sender, Sleeps sleeps)
+      : isCancelled_(isCancelled), sender_(sender), sleeps_(sleeps) {}
+  ~SleepingAir() override { ZorUdpClose(socket_); }
 
   bool cancelled() override { return isCancelled_; }
 
@@ -25,35 +25,41 @@ class CountedSleepAir final : public Air {
     return sender_(&socket_, payload_, length, destination, kSmartConfigPort);
   }
 
-  void wait(const ZorTunable& interval) override {
-    for (std::int32_t passed = 0; passed < interval && !isCancelled_; ++passed) usleep(1000);
+  void wait(const ZorTunable& interval) override { wait(std::int32_t{interval}); }
+
+  void wait(std::int32_t milliseconds) override {
+    if (milliseconds <= 0) return;
+    const std::int32_t step = sleeps_ == Sleeps::counted ? 1 : milliseconds;
+    for (std::int32_t passed = 0; passed < milliseconds && !isCancelled_; passed += step) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(step));
+    }
   }
-  void wait(std::int32_t milliseconds) override { wait(ZorTunable(milliseconds)); }
 
  private:
   const std::atomic<bool>& isCancelled_;
   Sender sender_;
+  Sleeps sleeps_;
   std::int32_t socket_ = -1;
   std::uint8_t payload_[1024] = {};
 };
 
 }  // namespace
 
-CountedSleepRun::CountedSleepRun(const SenderInputs& inputs) {
+SleepingRun::SleepingRun(const SenderInputs& inputs, Sleeps sleeps) {
   const PacketV5 packet = buildPacketV5(inputs);
-  broadcast_ = std::thread([this, packet] {
-    CountedSleepAir air(cancelled_, ZorUdpBcSendData);
+  broadcast_ = std::thread([this, packet, sleeps] {
+    SleepingAir air(cancelled_, ZorUdpBcSendData, sleeps);
     while (!cancelled_) sendBroadcastBlock(air, packet);
     broadcastRunning_ = false;
   });
-  multicast_ = std::thread([this, packet] {
-    CountedSleepAir air(cancelled_, ZorSmartMcSendData);
+  multicast_ = std::thread([this, packet, sleeps] {
+    SleepingAir air(cancelled_, ZorSmartMcSendData, sleeps);
     while (!cancelled_) sendMulticastBlock(air, packet, PacketV3());
     multicastRunning_ = false;
   });
 }
 
-CountedSleepRun::~CountedSleepRun() {
+SleepingRun::~SleepingRun() {
   cancel();
   broadcast_.join();
   multicast_.join();

@@ -7,16 +7,21 @@
 
 namespace zor::bench {
 
-/// The baseline of the senders: a version 5 run with the library's schedules and sockets, in which a wait of
-/// N milliseconds is N sleeps of one millisecond with a cancellation test before each, as such senders are
-/// commonly written.
-class CountedSleepRun {
+/// How a sender waits for N milliseconds.
+enum class Sleeps {
+  counted,         ///< N sleeps of one millisecond with a cancellation test before each.
+  oneForEachFrame  ///< One sleep of N milliseconds.
+};
+
+/// The baseline of the senders: a version 5 run with the library's schedules and sockets, which waits as such
+/// senders are commonly written.
+class SleepingRun {
  public:
   /// Starts the broadcast sender and then the multicast sender.
-  explicit CountedSleepRun(const SenderInputs& inputs);
-  ~CountedSleepRun();
-  CountedSleepRun(const CountedSleepRun&) = delete;
-  CountedSleepRun& operator=(const CountedSleepRun&) = delete;
+  SleepingRun(const SenderInputs& inputs, Sleeps sleeps);
+  ~SleepingRun();
+  SleepingRun(const SleepingRun&) = delete;
+  SleepingRun& operator=(const SleepingRun&) = delete;
 
   void cancel() { cancelled_ = true; }
   bool sendersRunning() const { return broadcastRunning_ || multicastRunning_; }
