@@ -2,9 +2,11 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 
 #include "receiver/decoder/PacketEvidence.h"
+#include "receiver/decoder/PendingPairs.h"
 
 namespace zor::receiver {
 
@@ -16,29 +18,30 @@ namespace zor::receiver {
 class BaseMatcher {
  public:
   /// Takes two frames heard in direct succession, as far as their times say: in a burst, frames between them
-  /// may have been lost. The pair is ignored unless the first frame is the longer one, as value frames are.
-  void addPair(int length, int nextLength);
+  /// may have been lost. They are ignored unless the first is the longer one, as value frames are.
+  void add(int length, int nextLength);
 
-  /// Returns the base, or nothing while the pairs do not single one out. `likely` is the base to expect, if
+  /// Returns the base, or nothing while the frames do not single one out. `likely` is the base to expect, if
   /// there is one: to confirm it takes fewer bytes, or just that the last position is where it puts the
-  /// packet's end. `packetLength` is 0 if unknown.
-  std::optional<int> match(const KnownBytes& known, std::optional<int> likely, int packetLength) const;
+  /// packet's end.
+  std::optional<int> match(const PacketEvidence& evidence, std::optional<int> likely) const;
 
-  /// True when enough bytes agree with this base and none disagrees.
-  bool confirms(int base, const KnownBytes& known) const;
+  /// Finds the base that these frames and multicast frames without a base have in common. Returns it if
+  /// enough bytes agree, none disagrees and no other base is possible.
+  std::optional<int> commonBase(const PendingPairs& multicast) const;
 
   bool empty() const { return count_ == 0; }
   void reset() { count_ = next_ = 0; }
 
  private:
-  struct Pair {
-    int value;
-    int position;
+  struct Succession {
+    std::int16_t value;
+    std::int16_t position;
   };
 
-  static constexpr std::size_t kMaxPairs = 64;
+  static constexpr std::size_t kMaxSuccessions = 48;
 
-  /// How many pairs agree with the known bytes under a base, and how many do not.
+  /// How many bytes agree with the known ones under a base, and how many do not.
   struct Verdict {
     int agreed = 0;
     int disagreed = 0;
@@ -47,14 +50,15 @@ class BaseMatcher {
   };
 
   /// True when a base that is likely anyway is confirmed.
-  bool isLikelyBase(int base, const KnownBytes& known, int packetLength) const;
-  /// True when another base fits as well.
-  bool hasRival(int base, const Verdict& verdict, const KnownBytes& known) const;
-  Verdict judge(int base, const KnownBytes& known) const;
+  bool isLikelyBase(int base, const PacketEvidence& evidence) const;
 
-  std::array<Pair, kMaxPairs> pairs_{};
+  /// `byteAt` returns what is known of the byte at an index.
+  template <class ByteAt>
+  Verdict judge(int base, const ByteAt& byteAt) const;
+
+  std::array<Succession, kMaxSuccessions> successions_{};
   std::size_t count_ = 0;
-  std::size_t next_ = 0;  ///< Where the next pair goes; the oldest once all are used.
+  std::size_t next_ = 0;  ///< Where the next one goes; the oldest once all are used.
 };
 
 }  // namespace zor::receiver

@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "receiver/decoder/Breaks.h"
 #include "receiver/decoder/WireConstants.h"
 
 namespace zor::receiver {
 namespace {
-
-/// One byte takes a value frame and a position frame of 15 ms each.
-constexpr std::int64_t kDefaultPace = 30'000;
 
 /// Equal lengths this close together are one frame heard twice.
 constexpr std::int64_t kCopyWithin = 3'000;
@@ -22,20 +20,22 @@ constexpr std::int64_t kBurstWithin = 4'000;
 /// one.
 constexpr std::int64_t kNoCycleWithin = 2'000;
 
+/// A value is placed by time when it was heard within this part of a pace of where the grid puts it.
+constexpr std::int64_t kValueTolerance = 4;
+
 /// A base that known bytes agree with counts as much as one that a pair of sync frames has shown.
 constexpr int kMatchVotes = 2;
 
 }  // namespace
 
-BroadcastChannel::BroadcastChannel() : clock_(kDefaultPace) {
+BroadcastChannel::BroadcastChannel() : clock_(wire::kVersion5BroadcastPace) {
   forgetCycle();
 }
 
 void BroadcastChannel::restart() {
   base_.restart();
   matcher_.reset();
-  history_.fill(Frame());
-  previous_ = Frame();
+  history_.clear();
   forgetCycle();
 }
 
@@ -45,71 +45,49 @@ void BroadcastChannel::forgetCycle() {
   lastPosition_ = {};
   positionLast_ = false;
   waitingCount_ = 0;
-  run_.begin(std::nullopt, 0);
-  openRuns_.clear();
+  row_.begin(std::nullopt, 0);
+  openRows_.clear();
 }
 
 void BroadcastChannel::observe(int length, std::int64_t time, PacketEvidence& evidence) {
-  const Frame frame{length, time};
-  const Frame previous = previous_;
-  previous_ = frame;
-  if (length == previous.length && time - previous.time < kCopyWithin) return;
-  remember(length, time);
-  if (baseShown(frame, previous)) {
+  if (!history_.empty() && length == history_.lastLength() && time - history_.lastTime() < kCopyWithin)
+    return;
+  const bool shown = baseShown(length, time);
+  history_.add(length, time);
+  if (shown) {
     beginWithBase(evidence);
   } else if (base_.base()) {
     decode(length, time, evidence);
   }
 }
 
-bool BroadcastChannel::baseShown(const Frame& frame, const Frame& previous) {
-  const bool inSuccession = previous.length >= 0 && frame.time - previous.time <= clock_.pace() * 3 / 4;
-  if (!base_.base() && inSuccession) matcher_.addPair(previous.length, frame.length);
-  return base_.observe(frame.length, frame.time);
+bool BroadcastChannel::baseShown(int length, std::int64_t time) {
+  const bool inSuccession = !history_.empty() && time - history_.lastTime() <= clock_.pace() * 3 / 4;
+  if (!base_.base() && inSuccession) matcher_.add(history_.lastLength(), length);
+  return base_.observe(length, time);
 }
 
-void BroadcastChannel::findBase(PacketEvidence& evidence, const PacketEvidence& other,
-                                std::optional<int> likelyBase, int packetLength) {
-  if (base_.base() || matcher_.empty() || evidence.knownCount() + other.knownCount() == 0) return;
-  const auto base = matcher_.match(knownBytes(Encoding::version5, evidence, other), likelyBase, packetLength);
+void BroadcastChannel::findBase(PacketEvidence& evidence, std::optional<int> likelyBase) {
+  if (base_.base() || matcher_.empty() || evidence.knownCount() == 0) return;
+  const auto base = matcher_.match(evidence, likelyBase);
   if (base && base_.vote(*base, kMatchVotes)) beginWithBase(evidence);
 }
 
 std::optional<int> BroadcastChannel::commonBase(const PendingPairs& multicast) const {
-  if (base_.base() || matcher_.empty() || multicast.empty()) return std::nullopt;
-  std::optional<int> found;
-  for (int base = multicast.lowestBase(); base <= multicast.shortest(); ++base) {
-    const auto known = multicast.bytesIf(base);
-    if (!known || !matcher_.confirms(base, *known)) continue;
-    if (found) return std::nullopt;
-    found = base;
-  }
-  return found;
+  if (base_.base()) return std::nullopt;
+  return matcher_.commonBase(multicast);
 }
 
 void BroadcastChannel::beginWithBase(PacketEvidence& evidence) {
-  evidence.dropLengthBytes();
+  evidence.dropLengthPieces();
   forgetCycle();
-  replay(evidence);
-}
-
-void BroadcastChannel::remember(int length, std::int64_t time) {
-  history_[historyNext_] = Frame{length, time};
-  historyNext_ = (historyNext_ + 1) % kHistory;
-}
-
-void BroadcastChannel::replay(PacketEvidence& evidence) {
-  for (std::size_t i = 0; i < kHistory; ++i) {
-    const Frame& frame = history_[(historyNext_ + i) % kHistory];
-    if (frame.length >= 0) decode(frame.length, frame.time, evidence);
-  }
+  history_.replay([&](int length, std::int64_t time) { decode(length, time, evidence); });
 }
 
 void BroadcastChannel::decode(int length, std::int64_t time, PacketEvidence& evidence) {
   const int offset = length - *base_.base();
-  if (offset < wire::kSync1Offset) return;
-  if (offset > wire::kSync2Offset) {
-    evidence.noteStrayFrame();
+  if (offset < wire::kSync1Offset || offset > wire::kSync2Offset) {
+    evidence.noteStray();
     return;
   }
   noticeBurst(time, evidence);
@@ -126,10 +104,7 @@ void BroadcastChannel::noticeBurst(std::int64_t time, PacketEvidence& evidence) 
   if (time - lastDecoded_ < kBurstWithin) {
     const bool timeless = clock_.timeless();
     clock_.noteBurst();
-    if (clock_.timeless() && !timeless) {
-      evidence.excuseBreaks(clock_);
-      evidence.doubtLengthBytes();
-    }
+    if (clock_.timeless() && !timeless) evidence.dropLengthPieces();
     waitingCount_ = 0;
   }
   lastDecoded_ = time;
@@ -138,18 +113,18 @@ void BroadcastChannel::noticeBurst(std::int64_t time, PacketEvidence& evidence) 
 void BroadcastChannel::observeSync(std::int64_t time, PacketEvidence& evidence) {
   positionLast_ = false;
   const int length = evidence.packetLength();
-  if (!clock_.steady() && length != 0) endRun(length - 1, time, evidence);
-  run_.begin(-1, time);
+  if (!clock_.steady() && length != 0) endRow(length - 1, time, evidence);
+  row_.begin(-1, time);
 }
 
 void BroadcastChannel::observeValue(std::uint8_t value, std::int64_t time) {
   positionLast_ = false;
-  run_.push(value);
+  row_.push(value);
   if (waitingCount_ == kMaxWaiting) {
     std::move(waiting_.begin() + kMaxWaiting / 2, waiting_.end(), waiting_.begin());
     waitingCount_ = kMaxWaiting / 2;
   }
-  waiting_[waitingCount_++] = Value{value, time};
+  waiting_[waitingCount_++] = Value{time, value};
 }
 
 void BroadcastChannel::observePosition(int index, std::int64_t time, PacketEvidence& evidence) {
@@ -159,42 +134,44 @@ void BroadcastChannel::observePosition(int index, std::int64_t time, PacketEvide
   lastPosition_ = {index, time};
   const CycleClock before = clock_;
   const CycleClock::Fit fit = clock_.observe(index, time);
-  evidence.noteTimetable(clock_, fit);
-  if (fit == CycleClock::Fit::timeless) evidence.doubtLengthBytes();
+  noteFit(clock_, fit, Source::length, evidence);
+  if (fit == CycleClock::Fit::timeless) evidence.dropLengthPieces();
+  if (clock_.steady() && !before.steady()) evidence.confirmOrder();
   if (!clock_.steady()) {
-    endRun(index, time, evidence);
-    if (run_.isFollowedBy(index)) evidence.notePosition(index);
+    endRow(index, time, evidence);
+    if (row_.isFollowedBy(index)) evidence.noteLastByte(index, Source::length);
   } else if (fit != CycleClock::Fit::outlier) {
-    if (before.steady() && before.hasOutlier() && fit == CycleClock::Fit::onGrid) evidence.noteStrayFrame();
+    if (before.steady() && before.hasOutlier() && fit == CycleClock::Fit::onGrid) evidence.noteStray();
     placeByTime(before, fit, index, evidence);
   }
-  run_.begin(index, time);
+  row_.begin(index, time);
 }
 
 void BroadcastChannel::placeByTime(const CycleClock& before, CycleClock::Fit fit, int index,
                                    PacketEvidence& evidence) {
-  evidence.notePosition(index);
+  evidence.noteLastByte(index, Source::length);
   for (std::size_t i = 0; i < waitingCount_; ++i) {
     const Value& value = waiting_[i];
-    auto place = clock_.indexAt(value.time + clock_.pace() / 2);
+    auto place = clock_.indexAt(value.time + clock_.pace() / 2, clock_.pace() / kValueTolerance);
     const bool nextCycle = fit == CycleClock::Fit::nextCycle || fit == CycleClock::Fit::newCycle;
     if (place && *place < 0 && nextCycle) {
-      place = before.indexAt(value.time + before.pace() / 2);  // End of the last cycle.
+      place = before.indexAt(value.time + before.pace() / 2,
+                             before.pace() / kValueTolerance);  // End of the last cycle.
     } else if (place && *place > index) {
       place.reset();
     }
     if (place) {
-      evidence.add(*place, value.value, PacketEvidence::Source::length, value.time);
+      evidence.add(*place, value.value, Source::length, momentOf(value.time));
     } else if (before.steady()) {
-      evidence.noteStrayFrame();
+      evidence.noteStray();
     }
   }
   waitingCount_ = 0;
 }
 
-void BroadcastChannel::endRun(int lastIndex, std::int64_t time, PacketEvidence& evidence) {
-  if (!run_.end(lastIndex, time, evidence.packetLength(), clock_.pace())) return;
-  if (!run_.place(evidence)) openRuns_.add(run_);
+void BroadcastChannel::endRow(int lastIndex, std::int64_t time, PacketEvidence& evidence) {
+  if (!row_.end(lastIndex, time, evidence.packetLength(), clock_.pace())) return;
+  if (!row_.place(evidence)) openRows_.add(row_);
 }
 
 }  // namespace zor::receiver

@@ -27,7 +27,10 @@ constexpr std::int64_t kBurstContrast = 3;
 
 /// Even steps speak against bursts; one uneven step outweighs this many of them.
 constexpr int kUnevenStep = 8;
-constexpr int kUnevennessOfBursts = 2 * kUnevenStep;
+constexpr int kUnevennessOfBursts = 4 * kUnevenStep;
+
+/// So many fitting frames does one count for that does not fit.
+constexpr int kStreakLost = 4;
 
 /// A run that replaces another causes a break or two. This many mean that there is no timetable.
 constexpr int kBreaksOfNoTimetable = 8;
@@ -54,7 +57,9 @@ void CycleClock::restart() {
 }
 
 void CycleClock::noteBurst() {
-  streak_ = 0;
+  const bool wasSteady = steady();
+  shortenStreak();
+  if (wasSteady) return;
   unevenness_ = std::min(unevenness_ + kUnevenStep, kUnevennessOfBursts);
   timeless_ = timeless_ || unevenness_ >= kUnevennessOfBursts;
 }
@@ -114,12 +119,12 @@ CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
   return broken();
 }
 
-std::optional<int> CycleClock::indexAt(std::int64_t time) const {
+std::optional<int> CycleClock::indexAt(std::int64_t time, std::int64_t tolerance) const {
   const std::int64_t distance = time - referenceTime_;
   if (std::abs(distance) > kMaxPace * kMaxCyclesApart) return std::nullopt;
   const std::int64_t half = distance < 0 ? -pace_ / 2 : pace_ / 2;
   const std::int64_t steps = (distance + half) / pace_;
-  if (std::abs(distance - steps * pace_) > tolerance()) return std::nullopt;
+  if (std::abs(distance - steps * pace_) > tolerance) return std::nullopt;
   return static_cast<int>(referenceIndex_ + steps);
 }
 
@@ -142,7 +147,7 @@ void CycleClock::beginCycle(int index, std::int64_t time) {
 
 void CycleClock::follow(int index, std::int64_t time, std::int64_t residual) {
   // A frame that does not fit between frames that do is the sign of a buffer that releases in bursts.
-  if (challenger_) streak_ = 0;
+  if (challenger_) shortenStreak();
   lengthenStreak();
   challenger_.reset();
   const int span = index - cycleFirstIndex_;
@@ -174,7 +179,12 @@ CycleClock::Fit CycleClock::observeTimeless(std::int64_t elapsed, std::int64_t t
 }
 
 void CycleClock::lengthenStreak() {
-  streak_ = std::min(streak_ + 1, kSteadyStreak);
+  streak_ = std::min(streak_ + 1, kLongestStreak);
+  if (streak_ == kLongestStreak) breaks_ = unevenness_ = 0;
+}
+
+void CycleClock::shortenStreak() {
+  streak_ = std::max(streak_ - kStreakLost, 0);
 }
 
 CycleClock::Fit CycleClock::broken() {

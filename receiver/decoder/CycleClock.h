@@ -32,7 +32,7 @@ class CycleClock {
   Fit observe(int index, std::int64_t time);
 
   /// Returns the index whose time is nearest, or nothing when the time is too far off the grid to say.
-  std::optional<int> indexAt(std::int64_t time) const;
+  std::optional<int> indexAt(std::int64_t time, std::int64_t tolerance) const;
 
   /// True when enough frames in a row fitted the grid to rely on indexAt().
   bool steady() const { return !timeless_ && streak_ >= kSteadyStreak; }
@@ -64,6 +64,9 @@ class CycleClock {
 
   std::int64_t pace() const { return pace_; }
 
+  /// How far off the grid a numbered frame may be.
+  std::int64_t tolerance() const { return pace_ * 2 / 5; }
+
   /// Forgets the current cycle and the period, keeps the pace.
   void restart();
 
@@ -77,8 +80,8 @@ class CycleClock {
   };
 
   static constexpr int kSteadyStreak = 6;
+  static constexpr int kLongestStreak = 12;
 
-  std::int64_t tolerance() const { return pace_ * 2 / 5; }
   std::int64_t timeOf(int index) const { return referenceTime_ + (index - referenceIndex_) * pace_; }
   bool isMultiple(std::int64_t shift, std::int64_t period) const;
   void beginCycle(int index, std::int64_t time);
@@ -87,6 +90,7 @@ class CycleClock {
   Fit adoptChallenger(int index, std::int64_t time);
   Fit broken();
   void lengthenStreak();
+  void shortenStreak();
   bool measurePace(int steps, std::int64_t elapsed);
   void judgeEvenness(std::int64_t pace, std::int64_t previousPace);
   bool adoptPace(int index, std::int64_t time);

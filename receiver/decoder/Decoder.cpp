@@ -1,9 +1,12 @@
 #include "receiver/decoder/Decoder.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <utility>
 
 #include "receiver/decoder/SenderRecord.h"
+#include "receiver/decoder/SenderTable.h"
 #include "receiver/decoder/WireConstants.h"
 
 namespace zor::receiver {
@@ -16,53 +19,67 @@ constexpr std::int32_t kMaxFrameLength = 4095;
 constexpr std::int64_t kMaxTime = INT64_MAX / 4;
 
 bool mayBelong(const Observation& observation) {
+  const bool sane = observation.frameLength >= 0 && observation.frameLength <= kMaxFrameLength &&
+                    observation.timeMicroseconds >= -kMaxTime && observation.timeMicroseconds <= kMaxTime;
   const MacAddress& to = observation.destination;
-  const bool group = std::equal(wire::kGroupPrefix.begin(), wire::kGroupPrefix.end(), to.begin());
-  return (group || to == wire::kBroadcastAddress) && observation.frameLength >= 0 &&
-         observation.frameLength <= kMaxFrameLength && observation.timeMicroseconds >= -kMaxTime &&
-         observation.timeMicroseconds <= kMaxTime;
-}
-
-/// The record to recycle is a free one, else one hardly heard, else the one silent longest.
-bool isBetterVictim(const SenderRecord& candidate, const SenderRecord& victim) {
-  if (candidate.used() != victim.used()) return !candidate.used();
-  if (candidate.onProbation() != victim.onProbation()) return candidate.onProbation();
-  return candidate.lastHeard() < victim.lastHeard();
+  if (!sane || to == wire::kBroadcastAddress) return sane;
+  const GroupOctets group{to[3], to[4], to[5]};
+  return std::equal(wire::kGroupPrefix.begin(), wire::kGroupPrefix.end(), to.begin()) &&
+         (MulticastChannel::carries(kVersion5Multicast, group) ||
+          MulticastChannel::carries(kVersion3Multicast, group));
 }
 
 }  // namespace
 
-Decoder::Decoder() : records_(std::make_unique<SenderRecord[]>(kMaxSenders)) {}
+struct Decoder::State {
+  SenderTable table;
+  std::array<SenderRecord, kMaxSenders> records;
+};
+
+static_assert(SenderTable::kRecords == Decoder::kMaxSenders);
+
+Decoder::Decoder() : state_(std::make_unique<State>()) {
+  static_assert(sizeof(State) <= kMaxBytes);
+}
+
 Decoder::~Decoder() = default;
 Decoder::Decoder(Decoder&&) noexcept = default;
 Decoder& Decoder::operator=(Decoder&&) noexcept = default;
 
 std::optional<Credentials> Decoder::observe(const Observation& observation) {
   if (!mayBelong(observation)) return std::nullopt;
-  return recordOf(observation).observe(observation);
-}
-
-SenderRecord& Decoder::recordOf(const Observation& observation) {
-  SenderRecord* victim = records_.get();
-  for (std::size_t i = 0; i < kMaxSenders; ++i) {
-    SenderRecord& record = records_[i];
-    if (record.used() && record.sender() == observation.sender) return record;
-    if (isBetterVictim(record, *victim)) victim = &record;
+  auto& records = state_->records;
+  const auto isPromising = [&](std::size_t record) { return records[record].isPromising(); };
+  const auto place = state_->table.observe(observation.sender, isPromising);
+  if (!place) return std::nullopt;
+  SenderRecord& record = records[place->record];
+  if (place->isNew) record = SenderRecord();
+  std::optional<Credentials> rejected;
+  auto credentials = record.observe(observation, rejectionListener_ ? &rejected : nullptr);
+  if (credentials) credentials->sender = observation.sender;
+  if (rejected) {
+    rejected->sender = observation.sender;
+    rejectionListener_(*rejected);
   }
-  victim->assign(observation.sender);
-  return *victim;
+  return credentials;
 }
 
 DecoderProgress Decoder::progress() const {
   DecoderProgress progress;
   for (std::size_t i = 0; i < kMaxSenders; ++i) {
-    if (records_[i].used() && records_[i].hasProgress()) progress.push_back(records_[i].progress());
+    if (!state_->table.used(i) || !state_->records[i].hasProgress()) continue;
+    progress.push_back(state_->records[i].progress());
+    progress.back().sender = state_->table.sender(i);
   }
   return progress;
 }
 
+void Decoder::setRejectionListener(std::function<void(const Credentials&)> listener) {
+  rejectionListener_ = std::move(listener);
+}
+
 void Decoder::reset() {
-  records_ = std::make_unique<SenderRecord[]>(kMaxSenders);
+  *state_ = State();
 }
 
 }  // namespace zor::receiver

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -9,8 +10,6 @@
 #include "receiver/decoder/Observation.h"
 
 namespace zor::receiver {
-
-class SenderRecord;
 
 /// How far the credentials of one sender are known.
 struct SenderProgress {
@@ -37,8 +36,8 @@ using DecoderProgress = std::vector<SenderProgress>;
 ///
 /// Guarantees:
 ///  1. observe() takes bounded time and does not allocate, except for the credentials that it returns.
-///  2. Memory is fixed at construction: kMaxSenders records. When one more sender is heard, the one that was
-///     silent longest is forgotten, and before that any that was hardly heard at all.
+///  2. Memory is fixed at construction, at most kMaxBytes: kMaxSenders records. When there are more senders,
+///     those have a record that are heard most, so no number of strangers keeps a phone from being heard.
 ///  3. Any observation is safe to pass in.
 ///
 /// Not thread-safe: one thread at a time. Never blocks. A decoder that was moved from can only be assigned to
@@ -46,6 +45,7 @@ using DecoderProgress = std::vector<SenderProgress>;
 class Decoder {
  public:
   static constexpr std::size_t kMaxSenders = 16;
+  static constexpr std::size_t kMaxBytes = 65'536;
 
   Decoder();
   ~Decoder();
@@ -60,13 +60,19 @@ class Decoder {
   /// What is known so far, for a progress display. Allocates.
   DecoderProgress progress() const;
 
+  /// For tests and benchmarks: `listener` is called, within observe(), with credentials that were complete by
+  /// all evidence and stopped by nothing but their CRC, which lets one wrong packet in 256 pass. They hold
+  /// what the packet says, and the frame's sender. An empty listener ends that. Survives reset().
+  void setRejectionListener(std::function<void(const Credentials&)> listener);
+
   /// Forgets every sender.
   void reset();
 
  private:
-  SenderRecord& recordOf(const Observation& observation);
+  struct State;
 
-  std::unique_ptr<SenderRecord[]> records_;
+  std::unique_ptr<State> state_;
+  std::function<void(const Credentials&)> rejectionListener_;
 };
 
 }  // namespace zor::receiver

@@ -1,5 +1,7 @@
 #include "receiver/decoder/MulticastChannel.h"
 
+#include "receiver/decoder/Breaks.h"
+
 namespace zor::receiver {
 
 const MulticastFormat kVersion5Multicast{
@@ -8,7 +10,7 @@ const MulticastFormat kVersion5Multicast{
     .evenMark = wire::kVersion5EvenMark,
     .oddMark = wire::kVersion5OddMark,
     .firstFrameOffset = wire::kVersion5FirstFrameOffset,
-    .defaultPace = 30'000,
+    .defaultPace = wire::kVersion5MulticastPace,
 };
 
 const MulticastFormat kVersion3Multicast{
@@ -17,7 +19,7 @@ const MulticastFormat kVersion3Multicast{
     .evenMark = wire::kVersion3EvenMark,
     .oddMark = wire::kVersion3OddMark,
     .firstFrameOffset = wire::kVersion3FirstFrameOffset,
-    .defaultPace = 10'000,
+    .defaultPace = wire::kVersion3Pace,
 };
 
 MulticastChannel::MulticastChannel(const MulticastFormat& format)
@@ -26,20 +28,21 @@ MulticastChannel::MulticastChannel(const MulticastFormat& format)
 void MulticastChannel::restart() {
   clock_.restart();
   pending_.clear();
+  lastByte_ = LastByte();
 }
 
-bool MulticastChannel::observe(const GroupOctets& group, int length, std::int64_t time,
+bool MulticastChannel::carries(const MulticastFormat& format, const GroupOctets& group) {
+  return group == format.syncGroup || group[0] == format.evenMark || group[0] == format.oddMark;
+}
+
+void MulticastChannel::observe(const GroupOctets& group, int length, std::int64_t time,
                                PacketEvidence& evidence) {
-  const bool odd = group[0] == format_->oddMark;
+  heard_ = true;
   if (group == format_->syncGroup) {
     observeSync(length, evidence);
-  } else if (odd || group[0] == format_->evenMark) {
-    observeData(GroupPair{length, odd, group[1], group[2]}, time, evidence);
   } else {
-    return false;
+    observeData(GroupPair{length, group[0] == format_->oddMark, group[1], group[2]}, time, evidence);
   }
-  heard_ = true;
-  return true;
 }
 
 std::optional<int> MulticastChannel::syncLength() const {
@@ -50,61 +53,75 @@ std::optional<int> MulticastChannel::syncLength() const {
 void MulticastChannel::observeSync(int length, PacketEvidence& evidence) {
   const int base = length + format_->firstFrameOffset;
   if (base_ == base) return;
-  if (base_) evidence.beginAnotherRun();  // A run keeps its lengths.
+  if (base_) evidence.restart();  // A run keeps its lengths.
   beginWithBase(base, evidence);
 }
 
 void MulticastChannel::observeData(const GroupPair& pair, std::int64_t time, PacketEvidence& evidence) {
   // Without a base the lengths serve as indices, as the clock looks at differences only.
-  evidence.noteTimetable(clock_, clock_.observe(pair.length, time));
+  noteFit(clock_, clock_.observe(pair.length, time), Source::group, evidence);
   if (!base_) {
-    pending_.keep(pair, time);
+    pending_.keep(pair, momentOf(time));
     if (const auto base = pending_.baseOfWholePacket(format_->encoding)) beginWithBase(*base, evidence);
     return;
   }
   const int index = pair.length - *base_;
   if (index < 0 || index >= wire::kMaxPairs || (index % 2 != 0) != pair.odd) {
-    evidence.beginAnotherRun();
+    evidence.restart();
     base_.reset();
     return;
   }
-  addPair(pair, time, evidence);
+  addPair(pair, momentOf(time), evidence);
 }
 
-void MulticastChannel::findBase(PacketEvidence& evidence, const PacketEvidence& other,
-                                std::optional<int> likelySyncLength, int packetLength) {
-  if (base_ || pending_.empty() || evidence.knownCount() + other.knownCount() == 0) return;
+void MulticastChannel::findBase(PacketEvidence& evidence, std::optional<int> likelySyncLength) {
+  if (base_ || pending_.empty() || evidence.knownCount() == 0) return;
   std::optional<int> likely;
   if (likelySyncLength) likely = *likelySyncLength + format_->firstFrameOffset;
-  const auto base =
-      pending_.baseByBytes(knownBytes(format_->encoding, evidence, other), likely, packetLength);
-  if (base) beginWithBase(*base, evidence);
+  const auto fields = evidence.fields(format_->encoding);
+  const int length = fields ? fields->packetLength(format_->encoding) : 0;
+  if (const auto base = pending_.baseByBytes(format_->encoding, evidence, likely, length))
+    beginWithBase(*base, evidence);
 }
 
 void MulticastChannel::adoptSyncLength(int syncLength, PacketEvidence& evidence) {
   if (!base_) beginWithBase(syncLength + format_->firstFrameOffset, evidence);
 }
 
-void MulticastChannel::noteTimeless(PacketEvidence& evidence) {
-  if (clock_.timeless()) return;
-  clock_.noteTimeless();
-  evidence.excuseBreaks(clock_);
+void MulticastChannel::addByte(int index, std::uint8_t value, Moment seen, PacketEvidence& evidence) const {
+  evidence.add(pieceOf(format_->encoding, index), value, Source::group, seen);
 }
 
-void MulticastChannel::addPair(const GroupPair& pair, std::int64_t time, PacketEvidence& evidence) const {
+void MulticastChannel::addPair(const GroupPair& pair, Moment seen, PacketEvidence& evidence) {
   const int index = 2 * (pair.length - *base_);
-  evidence.add(index, pair.first, PacketEvidence::Source::group, time);
-  evidence.add(index + 1, pair.second, PacketEvidence::Source::group, time);
+  addByte(index, pair.first, seen, evidence);
+  if (format_->encoding == Encoding::version5) {
+    addByte(index + 1, pair.second, seen, evidence);
+    evidence.noteLastByte(index + 1, Source::group);
+  } else {
+    addSecondByte(LastByte{index + 1, pair.second, true, seen}, evidence);
+  }
+}
+
+void MulticastChannel::addSecondByte(const LastByte& byte, PacketEvidence& evidence) {
+  if (byte.index < lastByte_.index) {
+    addByte(byte.index, byte.value, byte.seen, evidence);
+  } else {
+    if (byte.index > lastByte_.index && lastByte_.waits)
+      addByte(lastByte_.index, lastByte_.value, lastByte_.seen, evidence);
+    lastByte_ = byte;
+  }
+  const auto fields = evidence.fields(format_->encoding);
+  if (!lastByte_.waits || !fields || lastByte_.index >= fields->packetLength(format_->encoding)) return;
+  addByte(lastByte_.index, lastByte_.value, lastByte_.seen, evidence);
+  lastByte_.waits = false;
 }
 
 void MulticastChannel::beginWithBase(int base, PacketEvidence& evidence) {
   base_ = base;
-  if (pending_.bytesIf(base)) {
-    for (const PendingPairs::Kept& kept : pending_.frames()) {
-      if (!kept.used) continue;
-      addPair(kept.pair, kept.firstSeen, evidence);
-      if (kept.lastSeen != kept.firstSeen) addPair(kept.pair, kept.lastSeen, evidence);
-    }
+  lastByte_ = LastByte();
+  if (pending_.mayBe(base)) {
+    pending_.forEach([&](const GroupPair& pair, Moment seen) { addPair(pair, seen, evidence); });
   }
   pending_.clear();
 }

@@ -36,17 +36,18 @@ class MulticastChannel {
  public:
   explicit MulticastChannel(const MulticastFormat& format);
 
-  /// Takes a frame. Returns true when it belongs to this encoding.
-  bool observe(const GroupOctets& group, int length, std::int64_t time, PacketEvidence& evidence);
+  /// True when frames to this group belong to the encoding.
+  static bool carries(const MulticastFormat& format, const GroupOctets& group);
 
-  /// Finds the length base from bytes that other channels have shown, unless it is known already. `other` is
-  /// the evidence of the other encoding, `likelySyncLength` the length of a sync frame to expect, if there is
-  /// a reason to, and `packetLength` that of this encoding's packet, 0 if unknown.
-  void findBase(PacketEvidence& evidence, const PacketEvidence& other, std::optional<int> likelySyncLength,
-                int packetLength);
+  /// Takes a frame of this encoding.
+  void observe(const GroupOctets& group, int length, std::int64_t time, PacketEvidence& evidence);
+
+  /// Finds the length base from bytes that other channels have shown, unless it is known already.
+  /// `likelySyncLength` is the length of a sync frame to expect, if there is a reason to.
+  void findBase(PacketEvidence& evidence, std::optional<int> likelySyncLength);
 
   /// Another channel has shown that times mean nothing.
-  void noteTimeless(PacketEvidence& evidence);
+  void noteTimeless() { clock_.noteTimeless(); }
 
   /// Frames that wait for a base.
   const PendingPairs& pending() const { return pending_; }
@@ -55,7 +56,7 @@ class MulticastChannel {
   /// already.
   void adoptSyncLength(int syncLength, PacketEvidence& evidence);
 
-  /// Another run has started: forgets the timetable, keeps the length base.
+  /// Another run has begun: forgets the timetable, keeps the length base.
   void restart();
 
   /// Length of a sync frame, once known.
@@ -67,15 +68,26 @@ class MulticastChannel {
   const CycleClock& clock() const { return clock_; }
 
  private:
+  /// The second byte of the last data frame of version 3, which may be padding of any value.
+  struct LastByte {
+    int index = -1;
+    std::uint8_t value = 0;
+    bool waits = false;  ///< Until the lengths or a later frame show that it is not padding.
+    Moment seen = 0;
+  };
+
   void observeSync(int length, PacketEvidence& evidence);
   void observeData(const GroupPair& pair, std::int64_t time, PacketEvidence& evidence);
-  void addPair(const GroupPair& pair, std::int64_t time, PacketEvidence& evidence) const;
+  void addPair(const GroupPair& pair, Moment seen, PacketEvidence& evidence);
+  void addByte(int index, std::uint8_t value, Moment seen, PacketEvidence& evidence) const;
+  void addSecondByte(const LastByte& byte, PacketEvidence& evidence);
   void beginWithBase(int base, PacketEvidence& evidence);
 
   const MulticastFormat* format_;
   CycleClock clock_;
   std::optional<int> base_;  ///< Length of data frame 0.
   bool heard_ = false;
+  LastByte lastByte_;
   PendingPairs pending_;
 };
 

@@ -1,28 +1,54 @@
 #include "receiver/decoder/PacketEvidence.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <limits>
 
 namespace zor::receiver {
 namespace {
 
+constexpr std::int64_t kMicrosecondsPerMillisecond = 1000;
+
 /// Sightings closer together may be copies of one frame: power-save buffers hold frames for up to 300 ms.
-constexpr std::int64_t kSeparateSightings = 400'000;
+constexpr Moment kSeparateSightings = 400;
 
-/// The channels of one run start together. Even when 99 of 100 frames are lost, they rarely seem further
-/// apart.
-constexpr std::int64_t kChannelsStartWithin = 1'000'000;
-
-/// Bytes from lengths are wrong now and then, but not this many in a row.
+/// Values from lengths are wrong now and then, but not this many in a row.
 constexpr int kContradictionsOfAnotherRun = 3;
 
-constexpr std::uint8_t kSightingsToTrust = 2;
+/// Votes of a value that need no further sighting.
+constexpr std::uint8_t kVotesToTrust = 2;
 
 /// A repeated value frame that comes too late looks like the next byte's, and does so again and again.
-constexpr std::uint8_t kSightingsInDisorder = 5;
+constexpr std::uint8_t kVotesInDisorder = 5;
+
+/// So many bytes of a packet may rest on one sighting each where strays were heard: if one byte is wrong and
+/// all others are right, the CRC never holds.
+constexpr int kDoubtfulBytesAmongStrays = 1;
+
+// Flags of a cell: where it was seen.
+constexpr std::uint8_t kInGroup = 1;
+constexpr std::uint8_t kInLength = 2;
+constexpr std::uint8_t kByOrder = 4;  // Placed by the order of frames only.
+
+constexpr std::uint8_t flagOf(Source source) {
+  return source == Source::group ? kInGroup : kInLength;
+}
+
+bool isCrc(int piece) {
+  return piece == wire::kVersion5Crc || piece == kVersion3CrcPiece;
+}
+
+/// The CRC of version 5 does not cover the lengths.
+bool isCovered(Encoding encoding, int index) {
+  return encoding == Encoding::version3 || index == wire::kVersion5Crc || index >= wire::kVersion5Payload;
+}
 
 }  // namespace
 
-PacketEvidence::PacketEvidence(Encoding encoding) : encoding_(encoding) {}
+Moment momentOf(std::int64_t microseconds) {
+  constexpr Moment kRange = std::numeric_limits<Moment>::max() / 2;
+  return static_cast<Moment>(microseconds / kMicrosecondsPerMillisecond % kRange);
+}
 
 bool PacketEvidence::takeRestart() {
   const bool restarted = restarted_;
@@ -30,195 +56,232 @@ bool PacketEvidence::takeRestart() {
   return restarted;
 }
 
-void PacketEvidence::add(int index, std::uint8_t value, Source source, std::int64_t time) {
-  if (index < 0 || index >= wire::kMaxPacketBytes) return;
+void PacketEvidence::restart() {
+  PacketEvidence fresh;
+  fresh.changes_ = changes_ + 1;
+  fresh.strays_ = strays_;
+  fresh.restarted_ = true;
+  *this = fresh;
+}
+
+void PacketEvidence::add(int piece, std::uint8_t value, Source source, Moment seen) {
+  if (piece < 0 || piece >= kPieces) return;
   if (restarted_ && source == Source::length) return;  // Placed by what was known of the last run.
-  if (source == Source::group) ++certainFrames_;
-  if (!known(index)) {
-    learn(index, value, source, time);
-  } else if (byte(index) == value) {
-    confirm(index, source, time);
+  if (cell(piece).votes == 0) {
+    learn(piece, value, source, seen);
+  } else if (cell(piece).value == value) {
+    confirm(piece, source, seen);
   } else {
-    contradict(index, value, source, time);
+    contradict(piece, value, source, seen);
   }
 }
 
-void PacketEvidence::learn(int index, std::uint8_t value, Source source, std::int64_t time) {
-  const auto slot = static_cast<std::size_t>(index);
-  start_ = knownCount_ == 0 ? time : std::min(start_, time);
-  if (!cells_[slot].known) ++knownCount_;
+void PacketEvidence::addByOrder(int piece, std::uint8_t value, Moment seen) {
+  const bool wasKnown = cell(piece).votes > 0 && cell(piece).value == value;
+  add(piece, value, Source::length, seen);
+  if (!wasKnown && cell(piece).value == value) cell(piece).flags |= kByOrder;
+}
+
+void PacketEvidence::confirmOrder() {
+  for (Cell& known : cells_) known.flags = static_cast<std::uint8_t>(known.flags & ~kByOrder);
+}
+
+void PacketEvidence::learn(int piece, std::uint8_t value, Source source, Moment seen) {
+  start_ = knownCount_ == 0 ? seen : std::min(start_, seen);
+  if (cell(piece).votes == 0) ++knownCount_;
   ++changes_;
-  bytes_[slot] = value;
-  cells_[slot] = Cell{true, false, source, 1, time, time, time};
-  if (source == Source::group) highestPair_ = std::max(highestPair_, index / 2);
+  cell(piece) = Cell{seen, value, 1, flagOf(source), static_cast<std::uint8_t>(stretch_)};
 }
 
-void PacketEvidence::confirm(int index, Source source, std::int64_t time) {
-  Cell& cell = cells_[static_cast<std::size_t>(index)];
-  const auto agreement = agreementOf(index);
-  const bool apart = time - cell.lastSighting >= kSeparateSightings;
-  if (apart || source != cell.source || cell.sightings == 0) {
-    if (cell.sightings < kSightingsInDisorder) ++cell.sightings;
-    cell.lastSighting = time;
-  }
-  cell.lastSeen = std::max(cell.lastSeen, time);
-  cell.disputed = false;
-  if (source == Source::group) {
-    cell.source = source;
-    highestPair_ = std::max(highestPair_, index / 2);
-  }
-  if (agreement != RunContinuity::Agreement::nothing) contradictions_ = 0;
-  continuity_.noteAgreement(cell.firstSeen, time, agreement);
+void PacketEvidence::confirm(int piece, Source source, Moment seen) {
+  Cell& known = cell(piece);
+  const int stretch = known.stretch;
+  const bool old = stretch < stretch_;
+  const bool apart = std::abs(seen - known.lastSeen) >= kSeparateSightings;
+  if (apart && known.votes < kVotesInDisorder) ++known.votes;
+  if (apart || old || source == Source::group) known.lastSeen = seen;
+  known.flags |= flagOf(source);
+  known.stretch = static_cast<std::uint8_t>(stretch_);
+  if (old) noteAgreement(piece, stretch);
+  const auto header = fields(Encoding::version5);
+  if (isCrc(piece) || (header && header->distinguishesRuns(piece))) contradictions_ = 0;
 }
 
-void PacketEvidence::contradict(int index, std::uint8_t value, Source source, std::int64_t time) {
+void PacketEvidence::noteAgreement(int piece, int stretch) {
+  const auto header = fields(Encoding::version3);
+  if (isCrc(piece)) crcAgrees_ = std::max(crcAgrees_, stretch);
+  if (header && header->distinguishesRuns(piece)) textAgrees_ = std::max(textAgrees_, stretch);
+  if (crcAgrees_ >= 0 && textAgrees_ >= 0) joinStretches(std::max(crcAgrees_, textAgrees_));
+}
+
+/// The run of the present stretch is that of `first`.
+void PacketEvidence::joinStretches(int first) {
+  for (Cell& known : cells_) known.stretch = static_cast<std::uint8_t>(std::min<int>(known.stretch, first));
+  stretch_ = first;
+  crcAgrees_ = -1;
+  textAgrees_ = -1;
+}
+
+void PacketEvidence::contradict(int piece, std::uint8_t value, Source source, Moment seen) {
   const int length = packetLength();
-  if (length != 0 && index >= length) return;  // Padding carries no meaning.
-  Cell& cell = cells_[static_cast<std::size_t>(index)];
-  const bool certain = source == Source::group && cell.source == Source::group;
-  if (!certain && cell.sightings == 0) {
-    learn(index, value, source, time);
-    return;
-  }
+  if (length != 0 && piece >= length && piece != kVersion3CrcPiece) return;  // Padding carries no meaning.
+  Cell& known = cell(piece);
+  const bool certain = source == Source::group && (known.flags & kInGroup) != 0;
   if (certain || ++contradictions_ >= kContradictionsOfAnotherRun) {
-    beginAnotherRun();
-    learn(index, value, source, time);
+    restart();
+    learn(piece, value, source, seen);
     return;
   }
-  strayFrames_ = true;
-  cell.disputed = true;
-  if (source == Source::length && cell.source == Source::group) return;
-  if (source == Source::length && cell.sightings >= kSightingsToTrust) {
-    --cell.sightings;
-    return;
-  }
-  continuity_.noteBreak(time, RunContinuity::Break::contradiction);
-  learn(index, value, source, time);
-}
-
-void PacketEvidence::beginAnotherRun() {
-  const unsigned changes = changes_;
-  const unsigned certainFrames = certainFrames_;
-  *this = PacketEvidence(encoding_);
-  changes_ = changes + 1;
-  certainFrames_ = certainFrames;
-  restarted_ = true;
-}
-
-void PacketEvidence::noteTimetable(const CycleClock& clock, CycleClock::Fit fit) {
-  switch (fit) {
-    case CycleClock::Fit::started:
-      noteChannelStart(clock.cycleStart());
-      break;
-    case CycleClock::Fit::newCycle:
-      noteBreak(clock.cycleStart(), RunContinuity::Break::provisional);
-      break;
-    case CycleClock::Fit::broken:
-      noteBreak(clock.cycleStart(), RunContinuity::Break::unexplained);
-      break;
-    case CycleClock::Fit::timeless:
-      excuseBreaks(clock);
-      break;
-    case CycleClock::Fit::onGrid:
-    case CycleClock::Fit::nextCycle:
-    case CycleClock::Fit::outlier:
-      break;
+  const bool old = known.stretch < stretch_;
+  if (!old) strays_ = true;
+  if (source == Source::length && (known.flags & kInGroup) != 0) return;
+  if (source == Source::length && !old && known.votes > 1) {
+    --known.votes;
+  } else {
+    learn(piece, value, source, seen);
   }
 }
 
-void PacketEvidence::excuseBreaks(const CycleClock& clock) {
-  continuity_.excuseBreaks();
-  if (clock.silenceEnd()) noteBreak(*clock.silenceEnd(), RunContinuity::Break::unexplained);
-}
-
-void PacketEvidence::noteChannelStart(std::int64_t time) {
-  if (knownCount_ == 0 || time - start_ <= kChannelsStartWithin) return;
-  continuity_.noteBreak(time, RunContinuity::Break::unexplained);
-}
-
-void PacketEvidence::doubtLengthBytes() {
-  for (Cell& cell : cells_) {
-    if (cell.source == Source::length) cell.sightings = 0;
+void PacketEvidence::noteBreak(Source source, Moment at, bool provisional) {
+  if (stretch_ == kMaxBreaks) {
+    std::move(breaks_.begin() + 2, breaks_.end(), breaks_.begin() + 1);
+    for (Cell& known : cells_) known.stretch = static_cast<std::uint8_t>(std::max(known.stretch - 1, 0));
+    --stretch_;
   }
+  breaks_[static_cast<std::size_t>(++stretch_)] = {source, provisional};
+  for (Cell& known : cells_) {
+    if (known.votes > 0 && known.lastSeen >= at) known.stretch = static_cast<std::uint8_t>(stretch_);
+  }
+  crcAgrees_ = -1;
+  textAgrees_ = -1;
 }
 
-void PacketEvidence::dropLengthBytes() {
-  for (Cell& cell : cells_) {
-    if (!cell.known || cell.source == Source::group) continue;
-    cell = Cell();
+void PacketEvidence::excuseBreaks() {
+  joinStretches(0);
+}
+
+void PacketEvidence::dropLengthPieces() {
+  for (Cell& seen : cells_) {
+    if (seen.votes == 0 || (seen.flags & kInGroup) != 0) continue;
+    seen = Cell();
     --knownCount_;
     ++changes_;
   }
-  highestPosition_ = -1;
-  strayFrames_ = false;
-  disorder_ = false;
+  lastInLengths_ = -1;
+  disorder_ = 0;
+  strays_ = false;
 }
 
-void PacketEvidence::notePosition(int index) {
-  highestPosition_ = std::max(highestPosition_, index);
-  ++certainFrames_;
+void PacketEvidence::noteLastByte(int index, Source source) {
+  int& last = source == Source::group ? lastInGroups_ : lastInLengths_;
+  last = std::max(last, index);
 }
 
-bool PacketEvidence::excludes(int index, std::uint8_t value) const {
-  const Cell& cell = cells_[static_cast<std::size_t>(index)];
-  const int needed = strayFrames_ ? kSightingsToTrust : 1;
-  return cell.known && (cell.source == Source::group || cell.sightings >= needed) && byte(index) != value;
+std::optional<std::uint8_t> PacketEvidence::byteAt(Encoding encoding, int index) const {
+  const int piece = pieceOf(encoding, index);
+  if (piece >= kPieces || cell(piece).votes == 0) return std::nullopt;
+  return cell(piece).value;
 }
 
-bool PacketEvidence::exceeds(int length) const {
-  return highestPair_ > (length - 1) / 2 || highestPosition_ > length - 1;
+bool PacketEvidence::excludes(int piece, std::uint8_t value) const {
+  const Cell& seen = cell(piece);
+  const int needed = strays_ ? kVotesToTrust : 1;
+  return seen.value != value && seen.votes > 0 && ((seen.flags & kInGroup) != 0 || seen.votes >= needed);
 }
 
-std::optional<std::uint8_t> PacketEvidence::byteFor(Encoding encoding, int index) const {
-  const int own = index - commonStart(encoding) + commonStart(encoding_);
-  if (encoding != encoding_) {
-    const auto header = fields();
-    const bool common = header && index >= commonStart(encoding) &&
-                        own < headerLength(encoding_) + header->ssidLength + header->passPhraseLength;
-    if (!common) return std::nullopt;
-  }
-  if (own >= wire::kMaxPacketBytes || !known(own)) return std::nullopt;
-  return byte(own);
-}
-
-std::optional<PacketFields> PacketEvidence::fields() const {
-  for (int index = 0; index < headerLength(encoding_); ++index) {
-    if (!known(index)) return std::nullopt;
-  }
-  return readHeader(encoding_, bytes_);
+std::optional<PacketFields> PacketEvidence::fields(Encoding encoding) const {
+  const Cell& head = cell(wire::kVersion5Head);
+  const Cell& ssid = cell(wire::kVersion5SsidLength);
+  const Cell& passPhrase = cell(wire::kVersion5PassPhraseLength);
+  if (ssid.votes == 0 || passPhrase.votes == 0) return std::nullopt;
+  if (encoding == Encoding::version3) return readFields(std::nullopt, ssid.value, passPhrase.value);
+  if (head.votes == 0) return std::nullopt;
+  return readFields(head.value, ssid.value, passPhrase.value);
 }
 
 int PacketEvidence::packetLength() const {
-  const auto header = fields();
-  return header ? header->packetLength : 0;
+  const auto header = fields(Encoding::version5);
+  return header ? header->packetLength(Encoding::version5) : 0;
 }
 
-bool PacketEvidence::firm(int index, RunContinuity::Timetable timetable) const {
-  const Cell& cell = cells_[static_cast<std::size_t>(index)];
-  if (!cell.known || cell.disputed) return false;
-  if (!continuity_.current(cell.lastSeen, timetable)) return false;
-  if (cell.source == Source::group) return true;
-  const int needed = disorder_ ? kSightingsInDisorder : strayFrames_ ? kSightingsToTrust : 1;
-  return cell.sightings >= needed;
+bool PacketEvidence::isCertain(const Cell& seen) const {
+  return (seen.flags & kInGroup) != 0 ||
+         seen.votes >= (disorder_ == kDisorder ? kVotesInDisorder : kVotesToTrust);
 }
 
-RunContinuity::Agreement PacketEvidence::agreementOf(int index) const {
-  // Equal lengths do not mean equal credentials.
-  const int crc = encoding_ == Encoding::version5 ? wire::kVersion5Crc : wire::kVersion3Crc;
-  if (index == crc) return RunContinuity::Agreement::crc;
-  const auto header = fields();
-  const bool tells = header && distinguishesRuns(*header, index - headerLength(encoding_));
-  return tells ? RunContinuity::Agreement::text : RunContinuity::Agreement::nothing;
-}
-
-KnownBytes knownBytes(Encoding encoding, const PacketEvidence& own, const PacketEvidence& other) {
-  KnownBytes known;
-  for (int index = 0; index < wire::kMaxPacketBytes; ++index) {
-    auto& byte = known[static_cast<std::size_t>(index)];
-    byte = own.byteFor(encoding, index);
-    if (!byte) byte = other.byteFor(encoding, index);
+/// A break of a source that is not read from only counts once its timetable is sure of it.
+int PacketEvidence::oldestUsableStretch(Sources sources, const Timetables& timetables) const {
+  int oldest = stretch_;
+  for (; oldest > 0; --oldest) {
+    const Break& between = breaks_[static_cast<std::size_t>(oldest)];
+    const bool judged = (sources & flagOf(between.source)) != 0;
+    const bool explained = timetables[static_cast<std::size_t>(between.source)] == Timetable::explained;
+    if (!between.provisional || (judged && !explained)) break;
   }
-  return known;
+  return oldest;
+}
+
+bool PacketEvidence::lengthConfirmed(int length) const {
+  return lastInLengths_ == length - 1 || lastInGroups_ / 2 == (length - 1) / 2;
+}
+
+bool PacketEvidence::exceeds(int length) const {
+  return lastInGroups_ / 2 > (length - 1) / 2 || lastInLengths_ > length - 1;
+}
+
+std::optional<Credentials> PacketEvidence::read(Encoding encoding, const Timetables& timetables,
+                                                std::optional<Credentials>* rejected) {
+  const auto header = fields(encoding);
+  if (!header) return std::nullopt;
+  // What one source tells by itself, the other does not delay.
+  for (const Sources sources : {kInGroup, kInLength, static_cast<std::uint8_t>(kInGroup | kInLength)}) {
+    if (auto credentials = readFrom(sources, encoding, *header, timetables, rejected)) return credentials;
+  }
+  return std::nullopt;
+}
+
+std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding encoding,
+                                                    const PacketFields& fields, const Timetables& timetables,
+                                                    std::optional<Credentials>* rejected) {
+  for (int source = 0; source < kSources; ++source) {
+    const bool judged = (sources & (1 << source)) != 0;
+    if (judged && timetables[static_cast<std::size_t>(source)] == Timetable::interrupted) return std::nullopt;
+  }
+  const int length = fields.packetLength(encoding);
+  const int oldest = oldestUsableStretch(sources, timetables);
+  std::array<std::uint8_t, wire::kMaxPacketBytes> packet{};
+  int doubtful = 0;
+  int doubtfulLengths = 0;
+  int doubtfulPiece = 0;
+  bool byOrder = false;
+  for (int index = 0; index < length; ++index) {
+    const int piece = pieceOf(encoding, index);
+    const Cell& seen = cell(piece);
+    if (seen.votes == 0 || (seen.flags & sources) == 0 || seen.stretch < oldest) return std::nullopt;
+    packet[static_cast<std::size_t>(index)] = seen.value;
+    if (isCertain(seen)) continue;
+    ++(isCovered(encoding, index) ? doubtful : doubtfulLengths);
+    doubtfulPiece = piece;
+    byOrder = byOrder || (seen.flags & kByOrder) != 0;
+  }
+  const bool quiet = !strays_ && disorder_ == 0;
+  if (!quiet && doubtful + doubtfulLengths > kDoubtfulBytesAmongStrays) return std::nullopt;
+  const bool confirmed = lengthConfirmed(length) && disorder_ == 0;
+  const int maxDoubtfulLengths = !confirmed ? 0 : quiet && !byOrder ? 3 : 1;
+  if (doubtfulLengths > maxDoubtfulLengths) return std::nullopt;
+  const std::span<const std::uint8_t> bytes(packet.data(), static_cast<std::size_t>(length));
+  if (crcHolds(encoding, bytes)) {
+    if (encoding == Encoding::version3 || !exceeds(length)) return readCredentials(encoding, fields, bytes);
+    restart();
+  } else if (doubtful == 1 && doubtfulLengths == 0) {
+    cell(doubtfulPiece) = Cell();
+    --knownCount_;
+    ++changes_;
+  } else if (rejected != nullptr && rejectedAt_ != changes_) {
+    rejectedAt_ = changes_;
+    *rejected = readCredentials(encoding, fields, bytes);
+  }
+  return std::nullopt;
 }
 
 }  // namespace zor::receiver

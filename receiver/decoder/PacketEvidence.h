@@ -1,139 +1,148 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
 
-#include "receiver/decoder/Credentials.h"
-#include "receiver/decoder/CycleClock.h"
-#include "receiver/decoder/PacketReader.h"
-#include "receiver/decoder/RunContinuity.h"
-#include "receiver/decoder/WireConstants.h"
+#include "receiver/decoder/PacketLayout.h"
 
 namespace zor::receiver {
 
-/// What is known of the packet of one sender: the value of each byte and how certain it is.
+/// A time in milliseconds, modulo a range of some days.
+using Moment = std::int32_t;
+Moment momentOf(std::int64_t microseconds);
+
+/// Where a piece was read: in a group address, whose frame states the index, or in a broadcast length, whose
+/// index follows from its neighbours.
+enum class Source : std::uint8_t { group, length };
+inline constexpr int kSources = 2;
+
+/// What the clocks of a source say about the frames heard: all are of one timetable; a cycle came that the
+/// timetable does not explain; or the last frame was out of place and may be the first of another run.
+/// Ordered from good to bad.
+enum class Timetable : std::uint8_t { explained, unexplained, interrupted };
+using Timetables = std::array<Timetable, kSources>;
+
+/// What is known of the packet of one sender: the value of each piece and how certain it is.
 ///
-/// Group addresses do not come up by chance, but a byte may still be wrong: a length may belong to someone
-/// else's broadcast, a value may have been given the wrong index, or another run may have started. So every
-/// byte keeps the times when it was first and last seen. When another value of a byte is seen, the byte is in
-/// doubt until its old value is seen again; once a new value replaces it, the whole packet is in doubt.
+/// Frames of groups do not come up by chance, so what they say is certain. A value from a length may be
+/// someone else's: each sighting is a vote for a value, and each other value is a vote against it.
+///
+/// A break is a moment at which another run may have begun. Breaks divide the time into stretches, and pieces
+/// last seen in an earlier stretch do not count, until the CRC and a byte of the texts are seen again with
+/// the values they had: then the run is the same. A break that a timetable may yet explain is provisional.
 class PacketEvidence {
  public:
-  /// Where a byte was read: in a group address, whose frame states the index, or in a broadcast length, whose
-  /// index follows from its neighbours.
-  enum class Source : std::uint8_t { group, length };
+  /// Takes one piece. Others than 0 to kPieces - 1 are ignored.
+  void add(int piece, std::uint8_t value, Source source, Moment seen);
 
-  explicit PacketEvidence(Encoding encoding);
+  /// Takes one piece from a length that was placed by the order of frames, not by their times.
+  void addByOrder(int piece, std::uint8_t value, Moment seen);
 
-  /// Takes one byte. An index outside 0 to wire::kMaxPacketBytes - 1 is ignored.
-  void add(int index, std::uint8_t value, Source source, std::int64_t time);
+  /// The times of frames have confirmed what was placed by their order.
+  void confirmOrder();
 
-  /// A position frame was heard where the timetable or its neighbours put it.
-  void notePosition(int index);
+  /// A frame was heard that carries this byte, of the version 5 packet: the packet is not shorter. A
+  /// multicast frame carries two bytes, so its index tells the length only roughly.
+  void noteLastByte(int index, Source source);
 
-  /// One of this sender's broadcasts was not part of the encoding, so others may not be either: a byte from a
-  /// length has to be seen more often before it counts.
-  void noteStrayFrame() { strayFrames_ = true; }
+  /// One of this sender's broadcasts was not part of the encoding, so others may not be either.
+  void noteStray() { strays_ = true; }
 
-  /// Broadcasts were heard out of order, so what follows from their order has to be seen more often still.
-  void noteDisorder() { disorder_ = true; }
+  /// Broadcasts were heard out of order, so what follows from their order has to be seen more often.
+  void noteDisorder() { disorder_ = std::min(disorder_ + 1, kDisorder); }
 
-  /// Counts what was certainly of this encoding: bytes from groups, and positions where they were expected.
-  unsigned certainFrames() const { return certainFrames_; }
+  /// Another run may have begun at this moment, as far as the clocks of a source can say.
+  void noteBreak(Source source, Moment at, bool provisional);
 
-  /// A channel's clock has just judged a frame.
-  void noteTimetable(const CycleClock& clock, CycleClock::Fit fit);
+  /// The times by which breaks were noticed mean nothing.
+  void excuseBreaks();
 
-  /// Another run may have started at this time.
-  void noteBreak(std::int64_t time, RunContinuity::Break kind) { continuity_.noteBreak(time, kind); }
+  /// Forgets the pieces that come from broadcast lengths only.
+  void dropLengthPieces();
 
-  /// The times by which bytes were placed mean nothing: bytes that come from broadcast lengths only have to
-  /// be seen again before they count.
-  void doubtLengthBytes();
+  /// Another run has begun: forgets everything.
+  void restart();
 
-  /// The times by which breaks were noticed mean nothing: forgets the breaks, except for a silence that the
-  /// channel's clock has noticed.
-  void excuseBreaks(const CycleClock& clock);
+  /// True once after a restart.
+  bool takeRestart();
 
-  /// True when all bytes certainly come from one run.
-  bool ofOneRun(RunContinuity::Timetable timetable) const { return continuity_.unbroken(timetable); }
-
-  /// Forgets the bytes that come from broadcast lengths only.
-  void dropLengthBytes();
-
-  /// Here and below, the index of a byte is 0 to wire::kMaxPacketBytes - 1.
-  bool known(int index) const { return cells_[static_cast<std::size_t>(index)].known; }
-  std::uint8_t byte(int index) const { return bytes_[static_cast<std::size_t>(index)]; }
+  /// The byte at an index of a packet, if it is known.
+  std::optional<std::uint8_t> byteAt(Encoding encoding, int index) const;
 
   /// True when the byte is certain enough to say that it does not have this value.
-  bool excludes(int index, std::uint8_t value) const;
+  bool excludes(int piece, std::uint8_t value) const;
 
   int knownCount() const { return knownCount_; }
 
-  /// Grows whenever a byte is learnt, replaced or forgotten.
+  /// When the first of the pieces was learnt. There must be one.
+  Moment start() const { return start_; }
+
+  /// Grows whenever a piece is learnt, replaced or forgotten.
   unsigned changes() const { return changes_; }
 
-  /// The byte at an index of a packet in the given encoding, if this evidence has it. From the SSID length to
-  /// the end of the pass phrase the packets of both encodings are the same.
-  std::optional<std::uint8_t> byteFor(Encoding encoding, int index) const;
+  /// The fields of a packet's header, once known and possible.
+  std::optional<PacketFields> fields(Encoding encoding) const;
 
-  /// Fields of the header, once it is known and possible.
-  std::optional<PacketFields> fields() const;
-
-  /// Number of bytes the packet has by its own header, 0 while that is unknown or impossible.
+  /// Length of the version 5 packet by its own header, 0 while that is unknown or impossible.
   int packetLength() const;
 
-  /// True when the byte may be used in a packet whose CRC holds.
-  bool firm(int index, RunContinuity::Timetable timetable) const;
-
-  /// True when a frame was heard that lies beyond the end of a packet of this length.
-  bool exceeds(int length) const;
-
-  /// Drops the evidence: a run with other lengths or other bytes has started.
-  void beginAnotherRun();
-
-  /// True once after beginAnotherRun().
-  bool takeRestart();
+  /// Returns the credentials once every piece is certain enough and the CRC holds. When only the CRC speaks
+  /// against them, once for each new piece, they go to `rejected` unless that is null.
+  std::optional<Credentials> read(Encoding encoding, const Timetables& timetables,
+                                  std::optional<Credentials>* rejected);
 
  private:
+  static constexpr int kDisorder = 3;
+
   struct Cell {
-    bool known = false;
-    bool disputed = false;  ///< Another value was seen since this one.
-    Source source = Source::length;
-    std::uint8_t sightings = 0;
-    std::int64_t firstSeen = 0;
-    std::int64_t lastSeen = 0;
-    std::int64_t lastSighting = 0;  ///< Last time that counted as a sighting of its own.
+    Moment lastSeen = 0;
+    std::uint8_t value = 0;
+    std::uint8_t votes = 0;  ///< 0 while unknown.
+    std::uint8_t flags = 0;
+    std::uint8_t stretch = 0;  ///< In which it was last seen.
   };
 
-  void noteChannelStart(std::int64_t time);
-  void learn(int index, std::uint8_t value, Source source, std::int64_t time);
-  void confirm(int index, Source source, std::int64_t time);
-  void contradict(int index, std::uint8_t value, Source source, std::int64_t time);
-  RunContinuity::Agreement agreementOf(int index) const;
+  struct Break {
+    Source source = Source::group;
+    bool provisional = false;
+  };
 
-  Encoding encoding_;
-  std::array<std::uint8_t, wire::kMaxPacketBytes> bytes_{};
-  std::array<Cell, wire::kMaxPacketBytes> cells_{};
+  static constexpr int kMaxBreaks = 15;
+
+  /// Which sources a packet may be read from, and by whose timetables it is judged.
+  using Sources = std::uint8_t;
+
+  Cell& cell(int piece) { return cells_[static_cast<std::size_t>(piece)]; }
+  const Cell& cell(int piece) const { return cells_[static_cast<std::size_t>(piece)]; }
+  void learn(int piece, std::uint8_t value, Source source, Moment seen);
+  void confirm(int piece, Source source, Moment seen);
+  void contradict(int piece, std::uint8_t value, Source source, Moment seen);
+  void noteAgreement(int piece, int stretch);
+  void joinStretches(int first);
+  int oldestUsableStretch(Sources sources, const Timetables& timetables) const;
+  bool isCertain(const Cell& cell) const;
+  bool lengthConfirmed(int length) const;
+  bool exceeds(int length) const;
+  std::optional<Credentials> readFrom(Sources sources, Encoding encoding, const PacketFields& fields,
+                                      const Timetables& timetables, std::optional<Credentials>* rejected);
+
+  std::array<Cell, kPieces> cells_{};
   int knownCount_ = 0;
   unsigned changes_ = 0;
-  bool strayFrames_ = false;
-  bool disorder_ = false;
+  bool strays_ = false;
+  int disorder_ = 0;
   bool restarted_ = false;
-  int highestPair_ = -1;  ///< Index of a multicast frame.
-  int highestPosition_ = -1;
+  std::array<Break, kMaxBreaks + 1> breaks_{};  ///< At the beginning of each stretch but the first.
+  int stretch_ = 0;                             ///< Number of breaks so far.
+  int crcAgrees_ = -1;      ///< Stretch in which the CRC had the value that it has in the present one, or -1.
+  int textAgrees_ = -1;     ///< The same for a byte of the texts.
   int contradictions_ = 0;  ///< In a row.
-  unsigned certainFrames_ = 0;
-  std::int64_t start_ = 0;  ///< When the first of the bytes was learnt.
-  RunContinuity continuity_;
+  int lastInGroups_ = -1;
+  int lastInLengths_ = -1;
+  Moment start_ = 0;
+  unsigned rejectedAt_ = 0;  ///< changes() at the last rejection.
 };
-
-/// The bytes of a packet that are known from any source.
-using KnownBytes = std::array<std::optional<std::uint8_t>, wire::kMaxPacketBytes>;
-
-/// Collects the bytes known from the evidence of an encoding and, for the common part, from that of the other
-/// one.
-KnownBytes knownBytes(Encoding encoding, const PacketEvidence& own, const PacketEvidence& other);
 
 }  // namespace zor::receiver

@@ -1,96 +1,92 @@
 #include "receiver/decoder/PendingPairs.h"
 
 #include <algorithm>
+#include <span>
 
-#include "receiver/decoder/WireConstants.h"
+#include "receiver/decoder/BaseSearch.h"
 
 namespace zor::receiver {
 namespace {
 
-/// A base takes this many bytes known from other channels that the frames agree with, and none that
-/// disagrees.
+/// A base takes this many known bytes that the frames agree with, and none that disagrees.
 constexpr int kBytesToAgree = 4;
 constexpr int kBytesToAgreeIfLikely = 2;
 
-bool isOdd(int index) {
-  return index % 2 != 0;
-}
-
 }  // namespace
 
-void PendingPairs::keep(const GroupPair& pair, std::int64_t time) {
-  Kept& slot = frames_[static_cast<std::size_t>(pair.length) % kSlots];
-  const bool otherRun = slot.used && slot.pair != pair;
+void PendingPairs::keep(const GroupPair& pair, Moment seen) {
+  const auto length = static_cast<std::int16_t>(pair.length);
+  Kept& kept = frames_[placeOf(length)];
+  const bool same = kept.odd == pair.odd && kept.first == pair.first && kept.second == pair.second;
   const bool tooFar =
-      !empty() && std::max(longest_, pair.length) - std::min(shortest_, pair.length) >= wire::kMaxPairs;
-  if (otherRun || tooFar) clear();
-  if (slot.used) {
-    slot.lastSeen = time;
-  } else {
-    slot = Kept{true, pair, time, time};
-  }
-  wrapped_ = wrapped_ || pair.length < latest_;
-  latest_ = pair.length;
-  shortest_ = shortest_ == kNone ? pair.length : std::min(shortest_, pair.length);
-  longest_ = std::max(longest_, pair.length);
+      !empty() &&
+      std::max<int>(longest_, pair.length) - std::min<int>(shortest_, pair.length) >= wire::kMaxPairs;
+  if (tooFar || (kept.used && !same)) clear();
+  kept = Kept{seen, pair.first, pair.second, pair.odd, true};
+  wrapped_ = wrapped_ || length < latest_;
+  latest_ = length;
+  shortest_ = shortest_ == kNone ? length : std::min(shortest_, length);
+  longest_ = std::max(longest_, length);
 }
 
-std::optional<KnownBytes> PendingPairs::bytesIf(int base) const {
-  KnownBytes known;
-  for (const Kept& slot : frames_) {
-    if (!slot.used) continue;
-    const int index = slot.pair.length - base;
-    if (index < 0 || index >= wire::kMaxPairs || isOdd(index) != slot.pair.odd) return std::nullopt;
-    const auto first = 2 * static_cast<std::size_t>(index);
-    known[first] = slot.pair.first;
-    known[first + 1] = slot.pair.second;
-  }
-  return known;
+bool PendingPairs::mayBe(int base) const {
+  if (empty() || base > shortest_ || base < lowestBase()) return false;
+  bool fits = true;
+  forEach([&](const GroupPair& pair, Moment) { fits = fits && ((pair.length - base) % 2 != 0) == pair.odd; });
+  return fits;
+}
+
+std::optional<std::uint8_t> PendingPairs::byteIf(int base, int index) const {
+  const int length = base + index / 2;
+  if (empty() || length < shortest_ || length > longest_) return std::nullopt;
+  const Kept& kept = frames_[placeOf(length)];
+  if (!kept.used) return std::nullopt;
+  return index % 2 == 0 ? kept.first : kept.second;
 }
 
 std::optional<int> PendingPairs::baseOfWholePacket(Encoding encoding) const {
-  if (!wrapped_) return std::nullopt;  // Frames before the first one heard may be missing.
-  const auto known = bytesIf(shortest_);
-  if (!known) return std::nullopt;
+  if (!wrapped_ || !mayBe(shortest_)) return std::nullopt;  // Frames before the first may be missing.
   std::array<std::uint8_t, wire::kMaxPacketBytes> packet{};
-  const auto length = static_cast<std::size_t>(2 * (longest_ - shortest_ + 1));
-  for (std::size_t i = 0; i < length; ++i) {
-    if (!(*known)[i]) return std::nullopt;
-    packet[i] = *(*known)[i];
+  const int end = 2 * (longest_ - shortest_ + 1);
+  for (int index = 0; index < end; ++index) {
+    const auto byte = byteIf(shortest_, index);
+    if (!byte) return std::nullopt;
+    packet[static_cast<std::size_t>(index)] = *byte;
   }
-  const auto fields = readHeader(encoding, packet);
-  if (!fields || (fields->packetLength + 1) / 2 != longest_ - shortest_ + 1) return std::nullopt;
-  if (!crcHolds(encoding, *fields, packet)) return std::nullopt;
+  const bool version5 = encoding == Encoding::version5;
+  const auto lengths = packet.begin() + (version5 ? wire::kVersion5SsidLength : wire::kVersion3SsidLength);
+  const auto head = version5 ? std::optional(packet[wire::kVersion5Head]) : std::nullopt;
+  const auto fields = readFields(head, lengths[0], lengths[1]);
+  if (!fields) return std::nullopt;
+  const int length = fields->packetLength(encoding);
+  if (2 * framesOf(length) != end) return std::nullopt;
+  if (!crcHolds(encoding, std::span(packet).first(static_cast<std::size_t>(length)))) return std::nullopt;
   return shortest_;
 }
 
-std::optional<int> PendingPairs::baseByBytes(const KnownBytes& known, std::optional<int> likely,
-                                             int packetLength) const {
-  const bool endsThere = likely && longest_ - *likely == (packetLength - 1) / 2;
-  if (packetLength != 0 && endsThere && agreement(*likely, known)) return likely;
-  int best = 0;
-  int second = 0;
-  int bestBase = 0;
-  for (int base = lowestBase(); base <= shortest_; ++base) {
-    const int agreed = agreement(base, known).value_or(0);
-    second = std::max(second, std::min(agreed, best));
-    if (agreed <= best) continue;
-    best = agreed;
-    bestBase = base;
+std::optional<int> PendingPairs::baseByBytes(Encoding encoding, const PacketEvidence& evidence,
+                                             std::optional<int> likely, int packetLength) const {
+  const auto agreed = [&](int base) { return agreement(base, encoding, evidence); };
+  const BestBase best = findBestBase(lowestBase(), shortest_, agreed);
+  const bool isOpen = likely && mayBe(*likely) && agreed(*likely) >= 0;
+  if (!isOpen) {
+    if (best.agreed < kBytesToAgree || best.agreedElsewhere >= kBytesToAgree) return std::nullopt;
+    return best.base;
   }
-  const bool enough = best >= (bestBase == likely ? kBytesToAgreeIfLikely : kBytesToAgree);
-  const bool alone = bestBase == likely ? second < best : second < kBytesToAgree;
-  if (!enough || !alone) return std::nullopt;
-  return bestBase;
+  const bool endsThere = packetLength != 0 && longest_ - *likely == framesOf(packetLength) - 1;
+  const bool leads =
+      best.base == *likely && best.agreed >= kBytesToAgreeIfLikely && best.agreedElsewhere < best.agreed;
+  return endsThere || leads ? likely : std::nullopt;
 }
 
-std::optional<int> PendingPairs::agreement(int base, const KnownBytes& known) const {
-  const auto bytes = bytesIf(base);
-  if (!bytes) return std::nullopt;
+int PendingPairs::agreement(int base, Encoding encoding, const PacketEvidence& evidence) const {
+  if (!mayBe(base)) return -1;
   int agreed = 0;
-  for (std::size_t i = 0; i < known.size(); ++i) {
-    if (!known[i] || !(*bytes)[i]) continue;
-    if (*known[i] != *(*bytes)[i]) return std::nullopt;
+  for (int index = 0; index < 2 * (longest_ - base + 1); ++index) {
+    const auto byte = byteIf(base, index);
+    const auto known = byte ? evidence.byteAt(encoding, index) : std::nullopt;
+    if (!known) continue;
+    if (*known != *byte) return -1;
     ++agreed;
   }
   return agreed;

@@ -6,7 +6,6 @@
 #include <optional>
 
 #include "receiver/decoder/PacketEvidence.h"
-#include "receiver/decoder/PacketReader.h"
 #include "receiver/decoder/WireConstants.h"
 
 namespace zor::receiver {
@@ -17,30 +16,27 @@ struct GroupPair {
   bool odd = false;
   std::uint8_t first = 0;
   std::uint8_t second = 0;
-  bool operator==(const GroupPair&) const = default;
 };
 
 /// Multicast data frames of one sender whose index is not known yet, because no sync frame has shown the
 /// base, which is the length of index 0.
 class PendingPairs {
  public:
-  struct Kept {
-    bool used = false;
-    GroupPair pair;
-    std::int64_t firstSeen = 0;
-    std::int64_t lastSeen = 0;
-  };
-
-  /// Lengths of one run differ by less than this, so each has a slot of its own modulo this.
-  static constexpr std::size_t kSlots = 64;
-
   /// Keeps a frame. Forgets the others if it cannot be of their run.
-  void keep(const GroupPair& pair, std::int64_t time);
+  void keep(const GroupPair& pair, Moment seen);
 
   void clear() { *this = PendingPairs(); }
 
   bool empty() const { return shortest_ == kNone; }
-  const std::array<Kept, kSlots>& frames() const { return frames_; }
+
+  /// Calls `take(pair, seen)` for each frame.
+  template <class Take>
+  void forEach(const Take& take) const {
+    for (int place = 0; place < wire::kMaxPairs; ++place) {
+      const Kept& kept = frames_[static_cast<std::size_t>(place)];
+      if (kept.used) take(GroupPair{lengthAt(place), kept.odd, kept.first, kept.second}, kept.seen);
+    }
+  }
 
   /// Length of the shortest frame, which is the highest possible base. There must be a frame.
   int shortest() const { return shortest_; }
@@ -48,27 +44,46 @@ class PendingPairs {
   /// The lowest possible base. There must be a frame.
   int lowestBase() const { return longest_ - wire::kMaxPairs + 1; }
 
-  /// The bytes that the frames carry if this is the base; nothing if it cannot be the base.
-  std::optional<KnownBytes> bytesIf(int base) const;
+  /// True when this can be the base.
+  bool mayBe(int base) const;
+
+  /// The byte at an index of the packet, if a frame carries it and this is the base.
+  std::optional<std::uint8_t> byteIf(int base, int index) const;
 
   /// The base, once the frames make a packet whose CRC holds.
   std::optional<int> baseOfWholePacket(Encoding encoding) const;
 
-  /// The base, if enough bytes that other channels have shown agree with it and with no other base. `likely`
-  /// is the base to expect, if there is one: to confirm it takes fewer bytes, or just that the last frame is
-  /// where it puts the packet's end. `packetLength` is 0 if unknown.
-  std::optional<int> baseByBytes(const KnownBytes& known, std::optional<int> likely, int packetLength) const;
+  /// The base, if enough bytes already known agree with it and with no other base. `likely` is the base to
+  /// expect, if there is one: to confirm it takes fewer bytes, or just that the last frame is where it puts
+  /// the packet's end, and no other base is taken while nothing contradicts it. `packetLength` is 0 if
+  /// unknown.
+  std::optional<int> baseByBytes(Encoding encoding, const PacketEvidence& evidence, std::optional<int> likely,
+                                 int packetLength) const;
 
  private:
-  static constexpr int kNone = -1;
+  struct Kept {
+    Moment seen = 0;
+    std::uint8_t first = 0;
+    std::uint8_t second = 0;
+    bool odd = false;
+    bool used = false;
+  };
 
-  /// Number of bytes that agree with the known ones; nothing if any disagrees.
-  std::optional<int> agreement(int base, const KnownBytes& known) const;
+  static constexpr std::int16_t kNone = -1;
 
-  std::array<Kept, kSlots> frames_{};
-  int shortest_ = kNone;
-  int longest_ = kNone;
-  int latest_ = kNone;
+  /// Lengths of one run differ by less than this, so each has a place of its own modulo this.
+  static std::size_t placeOf(int length) { return static_cast<std::size_t>(length % wire::kMaxPairs); }
+  int lengthAt(int place) const {
+    return shortest_ + (place - shortest_ % wire::kMaxPairs + wire::kMaxPairs) % wire::kMaxPairs;
+  }
+
+  /// Number of bytes that agree with the known ones, -1 if any disagrees or this cannot be the base.
+  int agreement(int base, Encoding encoding, const PacketEvidence& evidence) const;
+
+  std::array<Kept, wire::kMaxPairs> frames_{};
+  std::int16_t shortest_ = kNone;
+  std::int16_t longest_ = kNone;
+  std::int16_t latest_ = kNone;
   bool wrapped_ = false;  ///< The frames come from more than one cycle.
 };
 

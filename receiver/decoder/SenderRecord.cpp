@@ -1,202 +1,162 @@
 #include "receiver/decoder/SenderRecord.h"
 
 #include <algorithm>
-
-#include "receiver/decoder/PacketView.h"
+#include <functional>
+#include <string_view>
 
 namespace zor::receiver {
 namespace {
 
-/// Senders pause this long between cycles unless they are configured otherwise.
-constexpr std::int64_t kDefaultLoopInterval = 100'000;
-
-/// Markers and pause of a version 3 cycle, whose pace is fixed.
-constexpr std::int64_t kVersion3Extra = 3 * 10'000 + 20'000;
-constexpr std::int64_t kVersion3Pace = 10'000;
-
-/// After this many changes from one encoding to the other, frames of each lie between frames of the other.
-constexpr int kChangesOfInterleaving = 2;
-
-int pairs(int packetLength) {
-  return (packetLength + 1) / 2;
+std::int64_t version3Period(const PacketFields& fields) {
+  return wire::kVersion3MarkersAndPause +
+         framesOf(fields.packetLength(Encoding::version3)) * wire::kVersion3Pace;
 }
 
-std::int64_t version3Period(int packetLength) {
-  return kVersion3Extra + pairs(packetLength) * kVersion3Pace;
+/// Without the pause. One sync frame goes before the data frames.
+std::int64_t multicastCycle(const PacketFields& fields, std::int64_t pace) {
+  return (framesOf(fields.packetLength(Encoding::version5)) + 1) * pace;
 }
 
-std::int64_t multicastPeriod(int packetLength, std::int64_t pace) {
-  return (pairs(packetLength) + 1) * pace + kDefaultLoopInterval;
+/// Without the pause. A value and a position frame for each byte, and three sync frames. The pace is that of
+/// a byte, so two frames.
+std::int64_t broadcastCycle(const PacketFields& fields, std::int64_t pace) {
+  return (2 * fields.packetLength(Encoding::version5) + 3) * pace / 2;
 }
 
-/// A value and a position frame per byte, and three sync frames. The pace is that of a byte, so two frames.
-std::int64_t broadcastPeriod(int packetLength, std::int64_t pace) {
-  return (2 * packetLength + 3) * pace / 2 + kDefaultLoopInterval;
-}
-
-RunContinuity::Timetable judge(const CycleClock& clock, std::int64_t period) {
-  if (clock.timeless() || clock.explainedBy(period)) return RunContinuity::Timetable::explained;
-  return clock.hasOutlier() ? RunContinuity::Timetable::interrupted : RunContinuity::Timetable::unexplained;
-}
-
-/// Of a packet with these texts. Append bytes are known from the version 5 packet only.
-int version5Length(const PacketFields& fields) {
-  return headerLength(Encoding::version5) + fields.ssidLength + fields.passPhraseLength + fields.appendLength;
-}
-
-int version3Length(const PacketFields& fields) {
-  return headerLength(Encoding::version3) + fields.ssidLength + fields.passPhraseLength;
+/// `cycle` is the time from one cycle to the next but for the pause.
+Timetable judge(const CycleClock& clock, std::int64_t cycle) {
+  if (clock.timeless()) return Timetable::explained;
+  for (const std::int64_t pause : wire::kPauses) {
+    if (clock.explainedBy(cycle + pause)) return Timetable::explained;
+  }
+  return clock.hasOutlier() ? Timetable::interrupted : Timetable::unexplained;
 }
 
 }  // namespace
 
-SenderRecord::SenderRecord() = default;
-
-void SenderRecord::assign(const MacAddress& sender) {
-  *this = SenderRecord();
-  sender_ = sender;
-  used_ = true;
-}
-
-std::optional<Credentials> SenderRecord::observe(const Observation& observation) {
-  lastHeard_ = observation.timeMicroseconds;
-  ++framesHeard_;
-  const unsigned version5Frames = version5_.certainFrames();
-  const unsigned version3Frames = version3_.certainFrames();
+std::optional<Credentials> SenderRecord::observe(const Observation& observation,
+                                                 std::optional<Credentials>* rejected) {
   read(observation);
   shareTimelessness();
   findBases();
-  broadcast_.placeLate(version5_);
-  noteOrder(version5Frames, version3Frames);
-  passOnRestarts();
-  auto credentials = complete();
+  broadcast_.placeLate(evidence_);
+  if (evidence_.takeRestart()) {
+    version5_.restart();
+    version3_.restart();
+    broadcast_.restart();
+  }
+  auto credentials = complete(rejected);
   if (!credentials || !isNews(*credentials)) return std::nullopt;
-  credentials->sender = sender_;
-  reported_ = credentials;
   return credentials;
 }
 
-void SenderRecord::passOnRestarts() {
-  if (version5_.takeRestart()) {
-    encodingChanges_ = 0;
-    version5Multicast_.restart();
-    broadcast_.restart();
-    version3_.noteBreak(lastHeard_, RunContinuity::Break::unexplained);
-  }
-  if (version3_.takeRestart()) {
-    encodingChanges_ = 0;
-    version3Multicast_.restart();
-    version5_.noteBreak(lastHeard_, RunContinuity::Break::unexplained);
-  }
+bool SenderRecord::isPromising() const {
+  const auto fields = evidence_.fields(Encoding::version3);
+  return fields && 2 * evidence_.knownCount() >= fields->packetLength(Encoding::version3);
 }
 
 void SenderRecord::read(const Observation& observation) {
   const int length = observation.frameLength;
   const std::int64_t time = observation.timeMicroseconds;
   const MacAddress& to = observation.destination;
-  if (to == wire::kBroadcastAddress) {
-    broadcast_.observe(length, time, version5_);
-    return;
-  }
   const GroupOctets group{to[3], to[4], to[5]};
-  if (!version5Multicast_.observe(group, length, time, version5_)) {
-    version3Multicast_.observe(group, length, time, version3_);
+  if (to == wire::kBroadcastAddress) {
+    broadcast_.observe(length, time, evidence_);
+  } else if (MulticastChannel::carries(kVersion5Multicast, group)) {
+    version5_.observe(group, length, time, evidence_);
+  } else {
+    version3_.observe(group, length, time, evidence_);
   }
 }
 
 void SenderRecord::shareTimelessness() {
-  const bool multicast = version5Multicast_.clock().timeless() || version3Multicast_.clock().timeless();
   // A buffer that holds broadcasts holds multicasts as well, but not the other way round.
-  if (!multicast && !broadcast_.clock().timeless()) return;
-  version5Multicast_.noteTimeless(version5_);
-  version3Multicast_.noteTimeless(version3_);
+  const bool timeless =
+      version5_.clock().timeless() || version3_.clock().timeless() || broadcast_.clock().timeless();
+  const bool isNew = timeless && !timeless_;
+  timeless_ = timeless;
+  if (!timeless) return;
+  version5_.noteTimeless();
+  version3_.noteTimeless();
+  if (!isNew) return;
+  // The breaks were noticed by times, and mean nothing either, but for a silence.
+  evidence_.excuseBreaks();
+  noteSilence(version5_.clock(), Source::group);
+  noteSilence(version3_.clock(), Source::group);
+  noteSilence(broadcast_.clock(), Source::length);
+}
+
+void SenderRecord::noteSilence(const CycleClock& clock, Source source) {
+  if (clock.silenceEnd()) evidence_.noteBreak(source, momentOf(*clock.silenceEnd()), false);
 }
 
 void SenderRecord::findBases() {
-  if (const auto common = broadcast_.commonBase(version5Multicast_.pending())) {
-    version5Multicast_.adoptSyncLength(*common, version5_);
-  }
+  if (const auto common = broadcast_.commonBase(version5_.pending()))
+    version5_.adoptSyncLength(*common, evidence_);
   // The lengths of sync frames are the same on every channel unless the sender is configured otherwise.
-  const auto syncLength = version5Multicast_.syncLength();
-  const auto markerLength = version3Multicast_.syncLength();
+  const auto syncLength = version5_.syncLength();
+  const auto markerLength = version3_.syncLength();
   const auto sync1Length = broadcast_.base();
-  const auto header = version5_.fields();
-  const auto fields = header ? header : version3_.fields();
-  const int length5 = fields ? version5Length(*fields) : 0;
-  const int length3 = fields ? version3Length(*fields) : 0;
-  version5Multicast_.findBase(version5_, version3_, markerLength ? markerLength : sync1Length, length5);
-  version3Multicast_.findBase(version3_, version5_, syncLength ? syncLength : sync1Length, length3);
-  broadcast_.findBase(version5_, version3_, syncLength ? syncLength : markerLength, length5);
+  version5_.findBase(evidence_, markerLength ? markerLength : sync1Length);
+  version3_.findBase(evidence_, syncLength ? syncLength : sync1Length);
+  broadcast_.findBase(evidence_, syncLength ? syncLength : markerLength);
 }
 
-void SenderRecord::noteOrder(unsigned version5Frames, unsigned version3Frames) {
-  std::optional<Encoding> heard;
-  if (version5_.certainFrames() != version5Frames) heard = Encoding::version5;
-  if (version3_.certainFrames() != version3Frames) heard = Encoding::version3;
-  if (!heard) return;
-  if (lastEncoding_ && lastEncoding_ != heard && encodingChanges_ < kChangesOfInterleaving)
-    ++encodingChanges_;
-  lastEncoding_ = heard;
-}
-
-std::optional<Credentials> SenderRecord::complete() {
-  const bool interleaved = encodingChanges_ >= kChangesOfInterleaving;
-  const PacketView version5(Encoding::version5, version5_, version3_, interleaved);
-  const PacketView version3(Encoding::version3, version3_, version5_, interleaved);
-  if (!version5.fields() && !version3.fields()) return std::nullopt;
-  const PacketFields& known = version5.fields() ? *version5.fields() : *version3.fields();
-  const auto timetable5 = version5Timetable(known);
-  const auto timetable3 = version3Timetable(known);
-  if (settledVersion5_ != version5_.changes()) {
-    if (auto credentials = version5.read(timetable5, timetable3)) {
-      settledVersion5_ = version5_.changes();
-      if (!version5.exceeded()) return credentials;
-      version5_.beginAnotherRun();
+std::optional<Credentials> SenderRecord::complete(std::optional<Credentials>* rejected) {
+  const auto version5 = evidence_.fields(Encoding::version5);
+  const auto version3 = evidence_.fields(Encoding::version3);
+  if (!version3) return std::nullopt;
+  const Timetables clocks = timetables(version5 ? *version5 : *version3);
+  if (settledVersion5_ != evidence_.changes()) {
+    if (auto credentials = evidence_.read(Encoding::version5, clocks, rejected)) {
+      settledVersion5_ = evidence_.changes();
+      return credentials;
     }
   }
-  if (settledVersion3_ == version3_.changes()) return std::nullopt;
-  auto credentials = version3.read(timetable3, timetable5);
-  if (credentials) settledVersion3_ = version3_.changes();
+  if (settledVersion3_ == evidence_.changes()) return std::nullopt;
+  auto credentials = evidence_.read(Encoding::version3, clocks, rejected);
+  if (credentials) settledVersion3_ = evidence_.changes();
   return credentials;
 }
 
-RunContinuity::Timetable SenderRecord::version5Timetable(const PacketFields& fields) const {
-  const CycleClock& multicast = version5Multicast_.clock();
+Timetables SenderRecord::timetables(const PacketFields& fields) const {
+  const CycleClock& multicast = version5_.clock();
   const CycleClock& broadcast = broadcast_.clock();
-  const int length = version5Length(fields);
-  const std::int64_t mixed = version3Multicast_.heard() ? version3Period(version3Length(fields)) : 0;
-  const auto inGroups = judge(multicast, multicastPeriod(length, multicast.pace()) + mixed);
-  const auto inLengths = judge(broadcast, broadcastPeriod(length, broadcast.pace()));
-  return std::max(inGroups, inLengths);
+  const std::int64_t period3 = version3_.heard() ? version3Period(fields) : 0;
+  const std::int64_t cycle5 = multicastCycle(fields, multicast.pace());
+  const std::int64_t mixedInto = version5_.heard() ? cycle5 : 0;
+  return {std::max(judge(multicast, cycle5 + period3), judge(version3_.clock(), mixedInto + period3)),
+          judge(broadcast, broadcastCycle(fields, broadcast.pace()))};
 }
 
-RunContinuity::Timetable SenderRecord::version3Timetable(const PacketFields& fields) const {
-  const std::int64_t pace = version5Multicast_.clock().pace();
-  const std::int64_t mixed = version5Multicast_.heard() ? multicastPeriod(version5Length(fields), pace) : 0;
-  return judge(version3Multicast_.clock(), version3Period(version3Length(fields)) + mixed);
-}
-
-bool SenderRecord::isNews(const Credentials& credentials) const {
-  if (!reported_ || credentials.ssid != reported_->ssid || credentials.passPhrase != reported_->passPhrase) {
-    return true;
-  }
-  return credentials.encoding == Encoding::version5 && credentials.append != reported_->append;
-}
-
-bool SenderRecord::hasProgress() const {
-  return version5_.knownCount() + version3_.knownCount() > 0;
+bool SenderRecord::isNews(const Credentials& credentials) {
+  const std::hash<std::string_view> hash;
+  const std::size_t texts = hash(credentials.ssid + '\0' + credentials.passPhrase);
+  const auto& bytes = credentials.append;
+  const std::size_t append =
+      hash(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+  const bool sameTexts = reportedTexts_ == texts;
+  const bool version3 = credentials.encoding == Encoding::version3;
+  if (sameTexts && (version3 || reportedAppend_ == append)) return false;
+  reportedTexts_ = texts;
+  reportedAppend_ = append;
+  return true;
 }
 
 SenderProgress SenderRecord::progress() const {
-  const bool version3 = version3_.knownCount() > version5_.knownCount();
-  const PacketEvidence& evidence = version3 ? version3_ : version5_;
+  const auto version5 = evidence_.fields(Encoding::version5);
+  const auto version3 = evidence_.fields(Encoding::version3);
   SenderProgress progress;
-  progress.sender = sender_;
-  progress.encoding = version3 ? Encoding::version3 : Encoding::version5;
-  progress.bytesTotal = evidence.packetLength();
-  progress.bytesKnown =
-      progress.bytesTotal == 0 ? evidence.knownCount() : std::min(evidence.knownCount(), progress.bytesTotal);
-  progress.reported = reported_.has_value();
+  const bool older = version3_.heard() && !version5_.heard() && !version5;
+  progress.encoding = older ? Encoding::version3 : Encoding::version5;
+  if (version5) {
+    progress.bytesTotal = version5->packetLength(Encoding::version5);
+  } else if (older && version3) {
+    progress.bytesTotal = version3->packetLength(Encoding::version3);
+  }
+  const int known = evidence_.knownCount();
+  progress.bytesKnown = progress.bytesTotal == 0 ? known : std::min(known, progress.bytesTotal);
+  progress.reported = reportedTexts_.has_value();
   return progress;
 }
 

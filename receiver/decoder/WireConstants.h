@@ -41,6 +41,20 @@ inline constexpr int kSync2Offset = 358;
 inline constexpr int kMaxPacketBytes = 100;
 inline constexpr int kMaxPairs = kMaxPacketBytes / 2;
 
+/// The schedule's times unless the sender is configured otherwise, microseconds: from one multicast data
+/// frame to the next; from one byte of the broadcasts to the next, a value frame and a position frame; the
+/// pause after a cycle of either. Paces for bad or crowded air pause not at all between multicasts.
+inline constexpr std::int64_t kVersion5MulticastPace = 30'000;
+inline constexpr std::int64_t kVersion5BroadcastPace = 30'000;
+inline constexpr std::array<std::int64_t, 2> kPauses = {100'000, 0};
+
+/// Version 3 has one pace. A cycle begins with three markers and ends with a pause.
+inline constexpr std::int64_t kVersion3Pace = 10'000;
+inline constexpr std::int64_t kVersion3MarkersAndPause = 3 * kVersion3Pace + 20'000;
+
+/// The longest for which an access point holds frames while stations sleep, microseconds.
+inline constexpr std::int64_t kLongestHold = 300'000;
+
 /// Limits of the fields.
 inline constexpr int kMaxSsid = 32;
 inline constexpr int kMaxPassPhrase = 64;

@@ -1,4 +1,4 @@
-#include "receiver/decoder/ValueRun.h"
+#include "receiver/decoder/ValueRow.h"
 
 #include <algorithm>
 
@@ -7,20 +7,20 @@
 namespace zor::receiver {
 namespace {
 
-/// The pause between cycles, plus the time for which a buffer may hold a frame.
-constexpr std::int64_t kMaxDelay = 400'000;
+constexpr std::int64_t kMaxDelay = wire::kPauses[0] + wire::kLongestHold;
 
 }  // namespace
 
-void ValueRun::begin(std::optional<int> after, std::int64_t time) {
-  after_ = after;
+void ValueRow::begin(std::optional<int> after, std::int64_t time) {
+  after_.reset();
+  if (after) after_ = static_cast<std::int16_t>(*after);
   startTime_ = time;
-  placed_.fill(false);
+  placed_ = 0;
   count_ = 0;
 }
 
-void ValueRun::push(std::uint8_t value) {
-  if (count_ > 0 && values_[count_ - 1] == value) return;
+void ValueRow::push(std::uint8_t value) {
+  if (count_ > 0 && values_[count_ - 1U] == value) return;
   if (count_ == kMaxValues) {
     after_.reset();
     return;
@@ -28,19 +28,19 @@ void ValueRun::push(std::uint8_t value) {
   values_[count_++] = value;
 }
 
-bool ValueRun::end(int index, std::int64_t time, int packetLength, std::int64_t pace) {
+bool ValueRow::end(int index, std::int64_t time, int packetLength, std::int64_t pace) {
   if (!after_ || count_ == 0) return false;
   const bool sameCycle = index > *after_;
   if (!sameCycle && packetLength == 0) return false;
-  last_ = sameCycle ? index : index + packetLength;
-  modulus_ = sameCycle ? wire::kMaxPacketBytes : packetLength;
-  time_ = time;
+  modulus_ = static_cast<std::int16_t>(sameCycle ? wire::kMaxPacketBytes : packetLength);
+  last_ = static_cast<std::int16_t>(sameCycle ? index : index + packetLength);
+  seen_ = momentOf(time);
   return time - startTime_ <= (last_ - *after_ + 1) * pace + kMaxDelay;
 }
 
-bool ValueRun::place(PacketEvidence& evidence) {
+bool ValueRow::place(PacketEvidence& evidence) {
   // When a value was heard for each byte, bytes already known are tested rather than believed.
-  const bool complete = static_cast<int>(count_) == last_ - *after_;
+  const bool complete = count_ == last_ - *after_;
   const auto fits = [&](int index, std::size_t i) {
     return complete || !evidence.excludes(index % modulus_, values_[i]);
   };
@@ -60,30 +60,31 @@ bool ValueRun::place(PacketEvidence& evidence) {
     do {
       --index;
     } while (!fits(index, i));
+    const auto bit = static_cast<std::uint8_t>(1U << i);
     if (index != first[i]) {
       settled = false;
-    } else if (!placed_[i]) {
-      placed_[i] = true;
-      evidence.add(index % modulus_, values_[i], PacketEvidence::Source::length, time_);
+    } else if ((placed_ & bit) == 0) {
+      placed_ |= bit;
+      evidence.addByOrder(index % modulus_, values_[i], seen_);
     }
   }
   return settled;
 }
 
-void OpenRuns::add(const ValueRun& run) {
-  if (count_ == kMaxRuns) {
-    std::move(runs_.begin() + 1, runs_.end(), runs_.begin());
+void OpenRows::add(const ValueRow& row) {
+  if (count_ == kMaxRows) {
+    std::move(rows_.begin() + 1, rows_.end(), rows_.begin());
     --count_;
   }
-  runs_[count_++] = run;
+  rows_[count_++] = row;
 }
 
-void OpenRuns::place(PacketEvidence& evidence) {
+void OpenRows::place(PacketEvidence& evidence) {
   while (changesPlaced_ != evidence.changes()) {
     changesPlaced_ = evidence.changes();
-    const auto begin = runs_.begin();
+    const auto begin = rows_.begin();
     const auto end = std::remove_if(begin, begin + static_cast<std::ptrdiff_t>(count_),
-                                    [&](ValueRun& run) { return run.place(evidence); });
+                                    [&](ValueRow& row) { return row.place(evidence); });
     count_ = static_cast<std::size_t>(end - begin);
   }
 }

@@ -12,13 +12,13 @@ namespace zor::receiver {
 /// The values heard between two position frames. Whatever was lost, their order holds: between positions i
 /// and j only the values i + 1 to j are sent. A value is placed once only one place is possible: when as many
 /// values were heard as were sent, or when bytes already known rule out the other places.
-class ValueRun {
+class ValueRow {
  public:
   /// `after` is the index of the position frame before the values, -1 after a sync frame, nothing if unknown;
   /// `time` is that of this frame.
   void begin(std::optional<int> after, std::int64_t time);
 
-  /// Takes the next value. The same value twice in a row counts once: it may be a copy.
+  /// Takes the next value. The same value twice in succession counts once: it may be a copy.
   void push(std::uint8_t value);
 
   /// The position frame after the values was heard. If its index is not above the one before them, it is of
@@ -27,8 +27,8 @@ class ValueRun {
   /// the order then proves nothing.
   bool end(int index, std::int64_t time, int packetLength, std::int64_t pace);
 
-  /// Once the run has ended, adds each value with only one possible place to the evidence, once. Returns true
-  /// when nothing more can be learnt from this run.
+  /// Once the row has ended, adds each value with only one possible place to the evidence, once. Returns true
+  /// when nothing more can be learnt from this row.
   bool place(PacketEvidence& evidence);
 
   /// True for the position that comes next when nothing is lost.
@@ -37,21 +37,22 @@ class ValueRun {
  private:
   static constexpr std::size_t kMaxValues = 8;
 
-  std::optional<int> after_;
-  int last_ = 0;  ///< Index of the position frame after the values, plus modulus_ if it is of the next cycle.
-  int modulus_ = 0;  ///< Indices from this one on are of the next cycle.
-  std::int64_t time_ = 0;
   std::int64_t startTime_ = 0;
+  Moment seen_ = 0;
+  std::optional<std::int16_t> after_;
+  std::int16_t last_ = 0;     ///< Index of the position frame after the values, plus modulus_ if it is of the
+                              ///< next cycle.
+  std::int16_t modulus_ = 0;  ///< Indices from this one on are of the next cycle.
+  std::uint8_t count_ = 0;
+  std::uint8_t placed_ = 0;  ///< One bit for each value.
   std::array<std::uint8_t, kMaxValues> values_{};
-  std::array<bool, kMaxValues> placed_{};
-  std::size_t count_ = 0;
 };
 
-/// Runs with values that could still go to several places, until more is known. When there are too many, the
+/// Rows with values that could still go to several places, until more is known. When there are too many, the
 /// oldest is forgotten.
-class OpenRuns {
+class OpenRows {
  public:
-  void add(const ValueRun& run);
+  void add(const ValueRow& row);
 
   /// Places the values for which newly learnt bytes leave only one place.
   void place(PacketEvidence& evidence);
@@ -59,9 +60,9 @@ class OpenRuns {
   void clear() { count_ = 0; }
 
  private:
-  static constexpr std::size_t kMaxRuns = 64;
+  static constexpr std::size_t kMaxRows = 12;
 
-  std::array<ValueRun, kMaxRuns> runs_{};  ///< In the order in which they were heard.
+  std::array<ValueRow, kMaxRows> rows_{};  ///< In the order in which they were heard.
   std::size_t count_ = 0;
   unsigned changesPlaced_ = 0;
 };
