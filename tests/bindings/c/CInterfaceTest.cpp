@@ -264,9 +264,8 @@ TEST_F(CInterface, PostedWorkRunsOnceAndIsDestroyedWhereItRuns) {
 }
 
 TEST_F(CInterface, TheApplicationsLoopRunsDropsOrRefusesClosures) {
-  User user, ran, dropped, refused;
+  User user, ran, ranFirst, dropped, refused;
   std::vector<zor_closure*> taken;
-  user.heard = {};
   const auto take = [](void* list, zor_closure* closure) {
     static_cast<std::vector<zor_closure*>*>(list)->push_back(closure);
     return 1;
@@ -280,6 +279,14 @@ TEST_F(CInterface, TheApplicationsLoopRunsDropsOrRefusesClosures) {
   EXPECT_EQ(zor_closure_free(taken[1]), ZOR_OK);
   EXPECT_TRUE(ran.isGone() && dropped.isGone());
   EXPECT_TRUE(ran.heard.size() == 1 && dropped.heard.empty());
+
+  const auto runElsewhere = [](void*, zor_closure* closure) {
+    std::thread([closure] { zor_closure_run(closure); }).join();
+    return 1;
+  };
+  ASSERT_EQ(zor_set_main_queue(runElsewhere, nullptr, nullptr), ZOR_OK);
+  EXPECT_EQ(zor_post_to_main_queue(User::call, &ranFirst, User::destroy), ZOR_OK);
+  EXPECT_TRUE(ranFirst.destroyed == 1 && !ranFirst.isGone()) << "destroyed on the thread that posted";
 
   zor_set_main_queue([](void*, zor_closure*) { return 0; }, nullptr, nullptr);
   EXPECT_EQ(zor_post_to_main_queue(User::call, &refused, User::destroy), ZOR_ERROR_SYSTEM);

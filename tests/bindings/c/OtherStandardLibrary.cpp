@@ -1,5 +1,6 @@
 // Provisions a module from a program with libc++, though the library was built with libstdc++: exceptions are
-// thrown and caught on both sides, and libstdc++ must not be in the process. Usage: as examples/c/provision.c.
+// thrown and caught on both sides, and libstdc++ must not be in the process. Usage: as
+// examples/c/provision.c.
 
 #include <zorsuite.h>
 
