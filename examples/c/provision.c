@@ -39,8 +39,8 @@ int main(int argument_count, char** arguments) {
     return 2;
   }
   if (zor_suite_create(&suite) != ZOR_OK) return 1;
-  found = provision(suite, arguments[1], arguments[2],
-                    argument_count > 3 ? atoi(arguments[3]) * 1000 : 60000);
+  found =
+      provision(suite, arguments[1], arguments[2], argument_count > 3 ? atoi(arguments[3]) * 1000 : 60000);
   zor_suite_free(suite);
   return found ? 0 : 1;
 }

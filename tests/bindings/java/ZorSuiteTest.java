@@ -120,7 +120,9 @@ final class ZorSuiteTest {
   void provisionsFindsAndUpgradesTheVirtualModule() throws Exception {
     final byte[] ssid = {'N', (byte) 0xff, (byte) 0xc3, '1'};
     final Process process = new ProcessBuilder(System.getProperty("zorctl"), "module", "--interface", "zor1",
-        "--mac", "Java", "--json", "--show-secrets").redirectError(ProcessBuilder.Redirect.INHERIT).start();
+        "--mac", "Java", "--json", "--show-secrets")
+                                .redirectError(ProcessBuilder.Redirect.INHERIT)
+                                .start();
     try (BufferedReader events = new BufferedReader(new InputStreamReader(process.getInputStream()))) {
       lineWith(events, "module_started");
       final ExecutorService executor = Executors.newSingleThreadExecutor();
@@ -236,9 +238,7 @@ final class ZorSuiteTest {
 
   @Test
   void whatTheExecutorRejectsOrLosesIsReportedLaterOrFreed() throws Exception {
-    ZorSuite.setExecutor(work -> {
-      throw new RejectedExecutionException();
-    });
+    ZorSuite.setExecutor(work -> { throw new RejectedExecutionException(); });
     suite.smartConfigOnlineListen(25010);
     announce("A");
     waitUntil(() -> suite.smartConfigReport().listener.received.dropped == 1);
@@ -255,7 +255,7 @@ final class ZorSuiteTest {
     ZorSuite.setExecutor(null);
     waitUntil(() -> {
       System.gc();
-      suite.smartConfigProgress();  // Any operation frees what the collector has found.
+      suite.smartConfigProgress(); // Any operation frees what the collector has found.
       announce("A");
       return recorder.announced.stream().anyMatch(found -> found.getId().equals("A"));
     });
@@ -268,13 +268,11 @@ final class ZorSuiteTest {
     assertEquals(25010, suite.smartConfigOnlineListen(25010));
     assertTrue(descriptors.size() == 1 && new File("/proc/self/fd/" + descriptors.get(0)).exists());
 
-    ZorSuite.setSocketHook(descriptor -> {
-      throw new IllegalStateException("refused");
-    });
+    ZorSuite.setSocketHook(descriptor -> { throw new IllegalStateException("refused"); });
     assertEquals(-1, suite.smartConfigOnlineListen(25010));
     assertEquals(ZorWorkerState.NO_SOCKET, suite.smartConfigReport().listener.state);
     assertEquals(EPERM, suite.smartConfigReport().listener.error.number);
-    suite.smartConfigV5Start("s", "p", 1000);  // Its workers call the hook on threads of their own.
+    suite.smartConfigV5Start("s", "p", 1000); // Its workers call the hook on threads of their own.
     ZorSuite.waitFor(ZorWorker.MULTICAST);
     ZorSuite.waitFor(ZorWorker.BROADCAST);
     assertEquals(EPERM, suite.smartConfigReport().multicast.error.number);

@@ -6,9 +6,7 @@ import java.nio.charset.StandardCharsets;
 final class Callbacks {
   private Callbacks() {}
 
-  static boolean post(long closure) {
-    return MainQueue.post(closure);
-  }
+  static boolean post(long closure) { return MainQueue.post(closure); }
 
   static void onModule(ZorSuiteListener listener, boolean smart, byte[] id, byte[] ip, byte[] version,
       byte[] capabilities, byte[] extension) {

@@ -15,14 +15,10 @@ final class MainQueue {
   private static final class Handle extends PhantomReference<Closure> {
     private final AtomicLong address = new AtomicLong();
 
-    Handle(Closure closure) {
-      super(closure, LOST);
-    }
+    Handle(Closure closure) { super(closure, LOST); }
 
     /** 0 for all but the first. */
-    long take() {
-      return address.getAndSet(0);
-    }
+    long take() { return address.getAndSet(0); }
   }
 
   private static final class Closure implements Runnable {
@@ -54,16 +50,14 @@ final class MainQueue {
 
   private MainQueue() {}
 
-  static void setExecutor(Executor next) {
-    executor = next;
-  }
+  static void setExecutor(Executor next) { executor = next; }
 
   /** Returns false when the executor rejects the closure, which then stays the caller's. */
   static boolean post(long address) {
     freeDropped();
     final Closure closure = new Closure();
     HANDLES.add(closure.handle);
-    closure.handle.address.set(address);  // From here on nothing throws but the executor.
+    closure.handle.address.set(address); // From here on nothing throws but the executor.
     try {
       final Executor chosen = executor;
       (chosen != null ? chosen : Default.EXECUTOR).execute(closure);

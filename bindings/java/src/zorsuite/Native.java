@@ -5,9 +5,7 @@ final class Native {
   static final int OK = 0;
   static final int ERROR_MEMORY = -3;
 
-  static {
-    System.loadLibrary("ZorSuiteJni");
-  }
+  static { System.loadLibrary("ZorSuiteJni"); }
 
   private Native() {}
 

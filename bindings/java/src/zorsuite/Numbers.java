@@ -5,19 +5,11 @@ final class Numbers {
   private final long[] numbers;
   private int next;
 
-  Numbers(long[] numbers) {
-    this.numbers = numbers;
-  }
+  Numbers(long[] numbers) { this.numbers = numbers; }
 
-  long take() {
-    return numbers[next++];
-  }
+  long take() { return numbers[next++]; }
 
-  int takeInt() {
-    return (int) take();
-  }
+  int takeInt() { return (int) take(); }
 
-  ZorWorkerState takeState() {
-    return ZorWorkerState.values()[takeInt()];
-  }
+  ZorWorkerState takeState() { return ZorWorkerState.values()[takeInt()]; }
 }

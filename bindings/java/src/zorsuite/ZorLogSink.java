@@ -4,7 +4,8 @@ package zorsuite;
 public interface ZorLogSink {
   /**
    * One line, without a line end, as bytes. It is called on the thread that writes, the application's or a
-   * worker's, several at a time; a sender waits for it. It must not start a worker. What it throws is dropped.
+   * worker's, several at a time; a sender waits for it. It must not start a worker. What it throws is
+   * dropped.
    */
   void onLine(byte[] line);
 }

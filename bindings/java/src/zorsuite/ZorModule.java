@@ -22,51 +22,31 @@ public final class ZorModule {
   }
 
   /** The module's {@code mac}, at most 19 bytes. */
-  public String getId() {
-    return text(id);
-  }
+  public String getId() { return text(id); }
 
   /** The bytes of {@link #getId}. */
-  public byte[] getIdBytes() {
-    return id.clone();
-  }
+  public byte[] getIdBytes() { return id.clone(); }
 
   /** The dotted-quad address that the line came from. */
-  public String getIp() {
-    return text(ip);
-  }
+  public String getIp() { return text(ip); }
 
   /** The version of its firmware, at most 19 bytes. */
-  public String getVersion() {
-    return text(version);
-  }
+  public String getVersion() { return text(version); }
 
   /** The bytes of {@link #getVersion}. */
-  public byte[] getVersionBytes() {
-    return version.clone();
-  }
+  public byte[] getVersionBytes() { return version.clone(); }
 
   /** Its text about its capabilities, at most 39 bytes. */
-  public String getCapabilities() {
-    return text(capabilities);
-  }
+  public String getCapabilities() { return text(capabilities); }
 
   /** The bytes of {@link #getCapabilities}. */
-  public byte[] getCapabilitiesBytes() {
-    return capabilities.clone();
-  }
+  public byte[] getCapabilitiesBytes() { return capabilities.clone(); }
 
   /** The rest of the line, verbatim, at most 399 bytes. */
-  public String getExtension() {
-    return text(extension);
-  }
+  public String getExtension() { return text(extension); }
 
   /** The bytes of {@link #getExtension}. */
-  public byte[] getExtensionBytes() {
-    return extension.clone();
-  }
+  public byte[] getExtensionBytes() { return extension.clone(); }
 
-  private static String text(byte[] bytes) {
-    return new String(bytes, StandardCharsets.UTF_8);
-  }
+  private static String text(byte[] bytes) { return new String(bytes, StandardCharsets.UTF_8); }
 }

@@ -21,9 +21,9 @@ package zorsuite;
  */
 public interface ZorSocketHook {
   /**
-   * Returns false to refuse the socket; so does what it throws. The call that needs the socket waits for it. It
-   * is called on the thread that opens the socket, the application's or a worker's, several at a time. It must
-   * not close the descriptor, keep it, or start a worker.
+   * Returns false to refuse the socket; so does what it throws. The call that needs the socket waits for it.
+   * It is called on the thread that opens the socket, the application's or a worker's, several at a time. It
+   * must not close the descriptor, keep it, or start a worker.
    */
   boolean onSocket(int descriptor);
 }

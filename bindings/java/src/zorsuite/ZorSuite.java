@@ -6,16 +6,17 @@ import java.util.concurrent.Executor;
 /**
  * The library's one entry point: starts, steers and stops its workers.
  *
- * <ol>
- *   <li>All state but the listener is process-wide: two suites drive the same workers, and a start through
- *       either replaces the worker of the same kind that the other started.
- *   <li>Call the starts and {@link #smartConfigV5Append} from one thread, the application's; any thread may
- *       call the rest, {@link #close} too. A start first ends the worker of its kind and waits for it: about a
- *       millisecond, or the rest of an upgrade. Nothing else blocks unless it says so.
- *   <li>Texts are bytes. A {@code String} is passed on as UTF-8; a network whose name is not UTF-8 takes
- *       {@code byte[]}. What is longer than its field is cut, and so is everything from a zero on.
- *   <li>The operations of a closed suite throw {@code IllegalStateException}.
- * </ol>
+ * <p>All state but the listener is process-wide: two suites drive the same workers, and a start through
+ * either replaces the worker of the same kind that the other started.
+ *
+ * <p>Call the starts and {@link #smartConfigV5Append} from one thread, the application's; any thread may call
+ * the rest, {@link #close} too. A start first ends the worker of its kind and waits for it: about a
+ * millisecond, or the rest of an upgrade. Nothing else blocks unless it says so.
+ *
+ * <p>Texts are bytes. A {@code String} is passed on as UTF-8; a network whose name is not UTF-8 takes {@code
+ * byte[]}. What is longer than its field is cut, and so is everything from a zero on.
+ *
+ * <p>The operations of a closed suite throw {@code IllegalStateException}.
  */
 public final class ZorSuite implements AutoCloseable {
   /** The UDP port on which modules announce themselves unless a run names another. */
@@ -39,11 +40,10 @@ public final class ZorSuite implements AutoCloseable {
    * Makes {@code executor} run the callbacks of all suites from now on; null restores the default, a daemon
    * thread of the library's. An Android application gives its main looper's, {@code
    * context.getMainExecutor()}. It must run them one at a time and in order, and never inside
-   * {@code execute}. A callback that it rejects counts as not reported; at most 1,024 are undelivered at a time.
+   * {@code execute}. A callback that it rejects counts as not reported; at most 1,024 are undelivered at a
+   * time.
    */
-  public static void setExecutor(Executor executor) {
-    MainQueue.setExecutor(executor);
-  }
+  public static void setExecutor(Executor executor) { MainQueue.setExecutor(executor); }
 
   /**
    * Replaces the listener, for callbacks that are queued already too; null for none. What is heard meanwhile
@@ -63,14 +63,10 @@ public final class ZorSuite implements AutoCloseable {
   }
 
   /** The library's version, such as "3.5.1". */
-  public static String getLibraryVersion() {
-    return Native.versionText();
-  }
+  public static String getLibraryVersion() { return Native.versionText(); }
 
   /** Starts a search, which reports each module once. It ends after its last request. */
-  public void deviceSearch() {
-    check(call(Native::deviceSearch));
-  }
+  public void deviceSearch() { check(call(Native::deviceSearch)); }
 
   /** Sets the milliseconds between a search's requests and their number, for a running search too. */
   public void deviceSearchSetProperty(int intervalMs, int count) {
@@ -91,9 +87,7 @@ public final class ZorSuite implements AutoCloseable {
    * 0 requested, 1 command sent, 2..99 per cent, 100 or more done; negative for a failure: -100 silence for
    * 10 s, -111 or -112 URL refused, -121 or -122 no socket or thread, else the module's code.
    */
-  public int deviceUpgradeProgress() {
-    return call(Native::deviceUpgradeProgress);
-  }
+  public int deviceUpgradeProgress() { return call(Native::deviceUpgradeProgress); }
 
   /** What the latest search has done. */
   public ZorSearchReport deviceSearchReport() {
@@ -118,22 +112,16 @@ public final class ZorSuite implements AutoCloseable {
   }
 
   /** Asks the smart configuration senders and the listener for announcements to end. Does not wait. */
-  public void smartConfigStop() {
-    check(call(Native::smartConfigStop));
-  }
+  public void smartConfigStop() { check(call(Native::smartConfigStop)); }
 
   /**
    * The share of the run's time-out that has passed, 0..100, or the negative code of a sender that got no
    * socket. It counts by the wall clock, a step of which can make it any number.
    */
-  public int smartConfigProgress() {
-    return call(Native::smartConfigProgress);
-  }
+  public int smartConfigProgress() { return call(Native::smartConfigProgress); }
 
   /** 0, or the code of a sender that got no socket for a frame or no thread. */
-  public int smartConfigStatus() {
-    return Native.smartConfigStatus();
-  }
+  public int smartConfigStatus() { return Native.smartConfigStatus(); }
 
   /** What the latest smart configuration run and the latest listener have done. */
   public ZorRunReport smartConfigReport() {
@@ -175,7 +163,10 @@ public final class ZorSuite implements AutoCloseable {
     check(call(suite -> Native.smartConfigV5SetProperty(suite, bytes)));
   }
 
-  /** The 14 values of the pace called {@code name}: "default", "fast" or "robust"; null for another name. */
+  /**
+   * The 14 values of the pace called {@code name}, such as "default" or "fast"; null for one that is not
+   * known.
+   */
   public static byte[] findPace(String name) {
     final byte[] values = new byte[14];
     return Native.findPace(utf8(name), values) == Native.OK ? values : null;
@@ -202,24 +193,16 @@ public final class ZorSuite implements AutoCloseable {
   }
 
   /** True while a worker of that kind runs. */
-  public static boolean isRunning(ZorWorker worker) {
-    return Native.workerIsRunning(worker.ordinal()) == 1;
-  }
+  public static boolean isRunning(ZorWorker worker) { return Native.workerIsRunning(worker.ordinal()) == 1; }
 
   /** Asks the worker of that kind, if there is one, to end. An upgrade does not listen. */
-  public static void cancel(ZorWorker worker) {
-    check(Native.workerCancel(worker.ordinal()));
-  }
+  public static void cancel(ZorWorker worker) { check(Native.workerCancel(worker.ordinal())); }
 
   /** Waits, without limit, until no worker of that kind runs. */
-  public static void waitFor(ZorWorker worker) {
-    check(Native.workerWait(worker.ordinal()));
-  }
+  public static void waitFor(ZorWorker worker) { check(Native.workerWait(worker.ordinal())); }
 
   /** The number that the tunable holds. */
-  public static int getTunable(ZorTunable tunable) {
-    return Native.getTunable(tunable.ordinal());
-  }
+  public static int getTunable(ZorTunable tunable) { return Native.getTunable(tunable.ordinal()); }
 
   /** Sets the tunable to any number, for running workers too. */
   public static void setTunable(ZorTunable tunable, int value) {
@@ -227,28 +210,20 @@ public final class ZorSuite implements AutoCloseable {
   }
 
   /**
-   * Binds every socket that is opened from now on to a network interface, such as "wlan0"; an empty name leaves
-   * the choice to the system's routes again. Returns false, with nothing changed, when there is no such
-   * interface or the system lets nobody bind to it. On Android use {@link #setSocketHook}.
+   * Binds every socket that is opened from now on to a network interface, such as "wlan0"; an empty name
+   * leaves the choice to the system's routes again. Returns false, with nothing changed, when there is no
+   * such interface or the system lets nobody bind to it. On Android use {@link #setSocketHook}.
    */
-  public static boolean setInterface(String name) {
-    return Native.setInterface(utf8(name)) == Native.OK;
-  }
+  public static boolean setInterface(String name) { return Native.setInterface(utf8(name)) == Native.OK; }
 
   /** Makes {@code hook} see every socket that is opened from now on; null for none. */
-  public static void setSocketHook(ZorSocketHook hook) {
-    check(Native.setSocketHook(hook));
-  }
+  public static void setSocketHook(ZorSocketHook hook) { check(Native.setSocketHook(hook)); }
 
   /** Sends the library's log lines to {@code sink}; null restores the default, the system's log. */
-  public static void setLogSink(ZorLogSink sink) {
-    check(Native.setLogSink(sink));
-  }
+  public static void setLogSink(ZorLogSink sink) { check(Native.setLogSink(sink)); }
 
   /** Milliseconds by the wall clock since the first call: what the reports' times count by. */
-  public static long clockMs() {
-    return Native.clockMs();
-  }
+  public static long clockMs() { return Native.clockMs(); }
 
   private int call(Operation operation) {
     MainQueue.freeDropped();
@@ -277,9 +252,7 @@ public final class ZorSuite implements AutoCloseable {
     throw new IllegalArgumentException("refused by the library: " + code);
   }
 
-  private static byte[] utf8(String text) {
-    return text.getBytes(StandardCharsets.UTF_8);
-  }
+  private static byte[] utf8(String text) { return text.getBytes(StandardCharsets.UTF_8); }
 
   private static byte[] notNull(byte[] bytes) {
     if (bytes == null) throw new NullPointerException("the bytes are null");

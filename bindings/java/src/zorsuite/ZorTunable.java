@@ -1,8 +1,8 @@
 package zorsuite;
 
 /**
- * The process-wide numbers that pace the workers, in the order of the C interface. Intervals are milliseconds, 0
- * or less for none; a length base of 0 switches its channel off at a start.
+ * The process-wide numbers that pace the workers, in the order of the C interface. Intervals are
+ * milliseconds, 0 or less for none; a length base of 0 switches its channel off at a start.
  */
 public enum ZorTunable {
   /** Multicast length base, bytes. */
