@@ -16,6 +16,22 @@ struct zor_closure {
 
 namespace {
 
+/// Work of the application's, which runs at most once. It is destroyed on the thread that runs it, whoever
+/// else still holds a copy of the closure: the thread that posts it may.
+class Work {
+ public:
+  Work(void (*function)(void* user), Held user) : function_(function), user_(std::move(user)) {}
+
+  void run() {
+    const Held user = std::move(user_);
+    function_(user.get());
+  }
+
+ private:
+  void (*function_)(void* user);
+  Held user_;
+};
+
 /// Tells the library that the application's loop refused a closure.
 class Refused : public std::exception {};
 
@@ -41,8 +57,8 @@ std::int32_t zor_post_to_main_queue(void (*function)(void* user), void* user, vo
   return guarded([=]() -> std::int32_t {
     Held held = hold(user, destroy);
     if (function == nullptr) return ZOR_ERROR_NULL;
-    // Given away, so that the thread that runs it is the last to hold it.
-    const bool posted = ZorPostToMainQueue([function, held = std::move(held)] { function(held.get()); });
+    const auto work = std::make_shared<Work>(function, std::move(held));
+    const bool posted = ZorPostToMainQueue([work] { work->run(); });
     return posted ? ZOR_OK : ZOR_ERROR_SYSTEM;
   });
 }

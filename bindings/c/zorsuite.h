@@ -320,7 +320,7 @@ ZOR_C_API int32_t zor_main_queue_descriptor(void);
 
 /// Runs `function(user)` on the main-thread queue and destroys it there. `ZOR_ERROR_SYSTEM` when 1,024 are
 /// undelivered, memory is short or the application's loop refused it. What the application's loop drops is
-/// destroyed where it drops it.
+/// destroyed where it drops it, or on the thread that posts if that has not returned yet.
 ZOR_C_API int32_t zor_post_to_main_queue(void (*function)(void* user), void* user,
                                          void (*destroy)(void* user));
 
