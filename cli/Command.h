@@ -40,6 +40,7 @@ Command addSearch(CLI::App& app);
 Command addUpgrade(CLI::App& app);
 Command addInterfaces(CLI::App& app);
 Command addPacket(CLI::App& app);
+Command addDecode(CLI::App& app);  ///< Linux only.
 Command addModule(CLI::App& app);  ///< Linux only.
 
 }  // namespace zor::cli

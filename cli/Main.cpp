@@ -80,6 +80,7 @@ ExitCode parseAndRun(int argc, char** argv) {
   std::vector<Command> commands = {addProvision(app), addListen(app),     addSearch(app),
                                    addUpgrade(app),   addInterfaces(app), addPacket(app)};
 #if defined(__linux__)
+  commands.push_back(addDecode(app));
   commands.push_back(addModule(app));
 #endif
   try {
