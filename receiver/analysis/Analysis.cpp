@@ -51,7 +51,9 @@ const Completion* Analysis::observeData(const CapturedFrame& frame) {
   Sender& sender = senderOf(frame);
   auto& leg = sender.legs[static_cast<std::size_t>(frame.leg)];
   if (leg == nullptr) leg = std::make_unique<LegMeter>();
-  return leg->observe(frame, destination) ? decode(frame, sender) : nullptr;
+  const bool isNew = leg->observe(frame, destination);
+  appraise(sender, destination);
+  return isNew ? decode(frame, sender) : nullptr;
 }
 
 const Completion* Analysis::decode(const CapturedFrame& frame, Sender& sender) {
@@ -77,16 +79,7 @@ Analysis::Sender& Analysis::senderOf(const CapturedFrame& frame) {
   const std::uint64_t key = keyOf(frame.source);
   std::size_t slot = slotOf(key);
   if (slot == used_) {
-    if (used_ < kMaxSenders) {
-      ++used_;
-    } else {
-      slot = 0;
-      for (std::size_t i = 1; i < kMaxSenders; ++i) {
-        const bool isRunI = isRun(senders_[i]);
-        const bool isRunSlot = isRun(senders_[slot]);
-        if (isRunI != isRunSlot ? isRunSlot : lastHeard_[i] < lastHeard_[slot]) slot = i;
-      }
-    }
+    slot = makeRoom();
     keys_[slot] = key;
     senders_[slot] = Sender();
     senders_[slot].firstFrame = totals_.frames;
@@ -97,9 +90,26 @@ Analysis::Sender& Analysis::senderOf(const CapturedFrame& frame) {
   return senders_[slot];
 }
 
-bool Analysis::isRun(const Sender& sender) {
-  return !sender.completions.empty() ||
-         std::ranges::any_of(sender.legs, [](const auto& leg) { return leg != nullptr && leg->isRun(); });
+std::size_t Analysis::makeRoom() {
+  if (used_ < kMaxSenders) return used_++;
+  std::size_t slot = 0;
+  for (std::size_t i = 1; i < kMaxSenders; ++i) {
+    const Worth worth = senders_[i].worth;
+    const Worth least = senders_[slot].worth;
+    if (worth != least ? worth < least : lastHeard_[i] < lastHeard_[slot]) slot = i;
+  }
+  return slot;
+}
+
+void Analysis::appraise(Sender& sender, Destination destination) {
+  if (sender.worth == Worth::run) return;
+  const bool isRun =
+      std::ranges::any_of(sender.legs, [](const auto& leg) { return leg != nullptr && leg->isRun(); });
+  if (isRun) {
+    sender.worth = Worth::run;
+  } else if (destination != Destination::broadcast) {
+    sender.worth = Worth::groups;
+  }
 }
 
 SenderReport Analysis::report(const MacAddress& address, const Sender& sender) {
@@ -123,7 +133,7 @@ CaptureReport Analysis::report() const {
   CaptureReport report = totals_;
   std::vector<std::size_t> runs;
   for (std::size_t i = 0; i < used_; ++i) {
-    if (isRun(senders_[i])) runs.push_back(i);
+    if (senders_[i].worth == Worth::run) runs.push_back(i);
   }
   std::ranges::sort(runs, {}, [this](std::size_t i) { return senders_[i].firstFrame; });
   for (const std::size_t i : runs)

@@ -15,7 +15,7 @@ namespace zor::receiver {
 
 /// Takes the frames of a capture one after the other, decodes and measures what phones send, and reports it
 /// at any time. Memory does not grow with the number of frames: of more than kMaxSenders senders those are
-/// forgotten that sent nothing of a run and were silent longest.
+/// forgotten first that sent nothing but broadcasts, and of these the one silent longest.
 ///
 /// Not thread-safe. Never blocks.
 class Analysis {
@@ -37,8 +37,16 @@ class Analysis {
   CaptureReport report() const;
 
  private:
+  /// What a sender is worth when there is no room for another.
+  enum class Worth : std::uint8_t {
+    onlyBroadcasts,  ///< As any device sends.
+    groups,          ///< Frames to the groups of smart configuration.
+    run,             ///< Nothing but smart configuration.
+  };
+
   /// Everything of one sender.
   struct Sender {
+    Worth worth = Worth::onlyBroadcasts;
     std::array<std::unique_ptr<LegMeter>, kLegs> legs;
     std::vector<Completion> completions;
     std::uint64_t unicasts = 0;
@@ -51,7 +59,8 @@ class Analysis {
   const Completion* decode(const CapturedFrame& frame, Sender& sender);
   std::size_t slotOf(std::uint64_t key) const;
   Sender& senderOf(const CapturedFrame& frame);
-  static bool isRun(const Sender& sender);
+  std::size_t makeRoom();
+  static void appraise(Sender& sender, Destination destination);
   static SenderReport report(const MacAddress& address, const Sender& sender);
 
   CaptureReport totals_;                                  ///< Without senders.

@@ -205,7 +205,7 @@ class Judge {
   }
 
   void judgeDensity() {
-    if (isComplete() || has(FindingKind::crcNeverHolds)) return;
+    if (isComplete() || has(FindingKind::crcNeverHolds) || has(FindingKind::lengthsChanged)) return;
     const double loss = worstLoss(leg_);
     const std::string heard = "heard for " + seconds(leg_.lastMicroseconds - leg_.firstMicroseconds);
     if (loss >= kSparseLoss) {
