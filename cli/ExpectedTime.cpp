@@ -55,8 +55,8 @@ std::string expectedTime(const LegReport& leg) {
   const int packet = leg.bytesTotal > 0 ? leg.bytesTotal : kUsualPacket;
   const simulator::PhonePlan plan = simulator::makePlan(secretOf(packet), pace->values, channelsOf(leg));
   simulator::Scenario scenario;
-  scenario.phones = {&plan};
-  scenario.radio.loss = lossOf(leg);
+  scenario.phones = {{&plan}};
+  scenario.environment.radio.loss = lossOf(leg);
   std::vector<double> times;
   for (const simulator::Outcome& outcome : simulator::runTrials(scenario, kRuns))
     times.push_back(outcome.decoderSeconds);
