@@ -64,8 +64,9 @@ RandomHome::RandomHome(const std::string& sent, std::int64_t phones, Random& ran
   for (std::int64_t i = 0; i < phones; ++i) {
     const bool sameNetwork = i > 0 && random.below(2) == 1;
     const Secret secret = i == 0 ? common : sameNetwork ? variantOf(common, random) : randomSecret(random);
-    const Pace pace = randomPace(random);
     const NamedChannels& choice = sent.empty() ? random.oneOf(channelChoices()) : findChannels(sent);
+    Pace pace = randomPace(random);
+    if (simulator::makePlan(secret, pace, choice.channels).channels.empty()) pace = kDefaultPace;
     plans_.push_back(simulator::makePlan(secret, pace, choice.channels));
     earlierPlans_.push_back(simulator::makePlan(variantOf(secret, random), pace, choice.channels));
   }
