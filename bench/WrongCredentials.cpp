@@ -25,6 +25,7 @@ struct Tally {
   double runs = 0;
   double complete = 0;
   std::size_t wrong = 0;
+  std::size_t stoppedByCrc = 0;  ///< Runs.
 };
 
 /// The module listens on for this long after the report, because a wrong one may follow.
@@ -54,17 +55,20 @@ void addRuns(Tally& tally, const NamedAir& air, std::uint64_t seed, const Option
     tally.runs += 1;
     tally.complete += outcome.decoderSeconds < simulator::kGiveUpSeconds ? 1 : 0;
     tally.wrong += outcome.wrong.size();
+    tally.stoppedByCrc += outcome.stoppedByCrc ? 1 : 0;
     for (const receiver::Credentials& wrong : outcome.wrong) printRepeat(air, seed, options, wrong);
   }
 }
 
 Row makeRow(const NamedAir& air, const Tally& tally) {
-  const double atMost = highestMean(tally.wrong) / tally.runs;
+  const auto atMostPerMillion = [&](std::size_t count) { return highestMean(count) / tally.runs * 1e6; };
   return {{"air", air.name},
           {"runs", tally.runs},
           {"complete", tally.complete},
           {"wrong", tally.wrong},
-          {"wrong per million at most", atMost * 1e6}};
+          {"wrong per million at most", atMostPerMillion(tally.wrong)},
+          {"stopped by the CRC", tally.stoppedByCrc},
+          {"stopped per million at most", atMostPerMillion(tally.stoppedByCrc)}};
 }
 
 }  // namespace

@@ -48,6 +48,7 @@ class Run {
   }
 
   Outcome outcome() {
+    decoder_.setRejectionListener([this](const receiver::Credentials&) { outcome_.stoppedByCrc = true; });
     const double giveUpSeconds = secondsOf(startUs_) + kGiveUpSeconds;
     while (secondsOf(nowUs_) < std::min(endSeconds_, giveUpSeconds)) {
       FrameSource& source = earliest();
@@ -58,6 +59,7 @@ class Run {
       });
       source.advance();
     }
+    decoder_.setRejectionListener({});
     return outcome_;
   }
 

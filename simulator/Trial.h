@@ -37,6 +37,7 @@ struct Outcome {
   std::int64_t framesSent = 0;             ///< By the phones' runs until the decoder had everything.
   double airSeconds = 0;                   ///< For which these frames kept the channel busy, sent once each.
   std::vector<receiver::Credentials> wrong;  ///< Credentials that no phone sent.
+  bool stoppedByCrc = false;                 ///< Nothing but a CRC kept the decoder from wrong credentials.
 };
 
 /// Simulates one run, in virtual time. `decoder` is reset first; it is lent so that many runs can share one.
