@@ -36,6 +36,45 @@ Timetable judge(const CycleClock& clock, std::int64_t cycle) {
 
 std::optional<Credentials> SenderRecord::observe(const Observation& observation,
                                                  std::optional<Credentials>* rejected) {
+  const auto sorted = overheads_.observe(observation);
+  if (overheads_.takeChange()) forget();
+  const auto resolved = sorted ? resolve(*sorted) : std::nullopt;
+  return resolved ? take(*resolved, rejected) : std::nullopt;
+}
+
+void SenderRecord::forget() {
+  evidence_ = PacketEvidence();
+  version5_ = MulticastChannel(kVersion5Multicast);
+  version3_ = MulticastChannel(kVersion3Multicast);
+  broadcast_ = BroadcastChannel();
+  timeless_ = false;
+  settledVersion5_.reset();
+  settledVersion3_.reset();
+}
+
+/// Returns the frame as the phone has sent it. Of one that came singly the time tells the index, and so which
+/// copy it is; nothing tells that of a value frame.
+std::optional<Observation> SenderRecord::resolve(const TwoOverheads::Sorted& sorted) const {
+  if (!sorted.isSingle) return sorted.frame;
+  const MacAddress& to = sorted.frame.destination;
+  const bool version5 = MulticastChannel::carries(kVersion5Multicast, {to[3], to[4], to[5]});
+  const bool isBroadcast = to == wire::kBroadcastAddress;
+  const CycleClock& clock = isBroadcast ? broadcast_.clock()
+                            : version5  ? version5_.clock()
+                                        : version3_.clock();
+  if (!clock.steady() || (isBroadcast && !broadcast_.base())) return std::nullopt;
+  auto length = clock.indexAt(sorted.frame.timeMicroseconds, clock.tolerance());
+  if (!length) return std::nullopt;
+  if (isBroadcast) *length += *broadcast_.base() + wire::kPositionOffset;
+  const int relayed = *length + overheads_.step();
+  if (sorted.frame.frameLength != *length && sorted.frame.frameLength != relayed) return std::nullopt;
+  Observation frame = sorted.frame;
+  frame.frameLength = *length;
+  return frame;
+}
+
+std::optional<Credentials> SenderRecord::take(const Observation& observation,
+                                              std::optional<Credentials>* rejected) {
   read(observation);
   shareTimelessness();
   findBases();

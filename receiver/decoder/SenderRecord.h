@@ -7,6 +7,7 @@
 #include "receiver/decoder/Decoder.h"
 #include "receiver/decoder/MulticastChannel.h"
 #include "receiver/decoder/PacketEvidence.h"
+#include "receiver/decoder/TwoOverheads.h"
 
 namespace zor::receiver {
 
@@ -28,6 +29,9 @@ class SenderRecord {
   SenderProgress progress() const;
 
  private:
+  std::optional<Credentials> take(const Observation& observation, std::optional<Credentials>* rejected);
+  std::optional<Observation> resolve(const TwoOverheads::Sorted& sorted) const;
+  void forget();
   void read(const Observation& observation);
   void shareTimelessness();
   void noteSilence(const CycleClock& clock, Source source);
@@ -36,6 +40,7 @@ class SenderRecord {
   Timetables timetables(const PacketFields& fields) const;
   bool isNews(const Credentials& credentials);
 
+  TwoOverheads overheads_;
   PacketEvidence evidence_;
   MulticastChannel version5_{kVersion5Multicast};
   MulticastChannel version3_{kVersion3Multicast};

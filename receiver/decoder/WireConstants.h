@@ -43,10 +43,10 @@ inline constexpr int kMaxPairs = kMaxPacketBytes / 2;
 
 /// The schedule's times unless the sender is configured otherwise, microseconds: from one multicast data
 /// frame to the next; from one byte of the broadcasts to the next, a value frame and a position frame; the
-/// pause after a cycle of either. Paces for bad or crowded air pause not at all between multicasts.
+/// pause after a cycle of either. Named paces pause less or not at all between multicasts.
 inline constexpr std::int64_t kVersion5MulticastPace = 30'000;
 inline constexpr std::int64_t kVersion5BroadcastPace = 30'000;
-inline constexpr std::array<std::int64_t, 2> kPauses = {100'000, 0};
+inline constexpr std::array<std::int64_t, 3> kPauses = {100'000, 60'000, 0};
 
 /// Version 3 has one pace. A cycle begins with three markers and ends with a pause.
 inline constexpr std::int64_t kVersion3Pace = 10'000;
