@@ -77,9 +77,10 @@ void PacketEvidence::add(int piece, std::uint8_t value, Source source, Moment se
 }
 
 void PacketEvidence::addByOrder(int piece, std::uint8_t value, Moment seen) {
-  const bool wasKnown = cell(piece).votes > 0 && cell(piece).value == value;
+  const Cell before = cell(piece);
+  const bool placedByTime = before.votes > 0 && before.value == value && (before.flags & kByOrder) == 0;
   add(piece, value, Source::length, seen);
-  if (!wasKnown && cell(piece).value == value) cell(piece).flags |= kByOrder;
+  if (!placedByTime && cell(piece).value == value) cell(piece).flags |= kByOrder;
 }
 
 void PacketEvidence::confirmOrder() {
@@ -100,7 +101,7 @@ void PacketEvidence::confirm(int piece, Source source, Moment seen) {
   const bool apart = std::abs(seen - known.lastSeen) >= kSeparateSightings;
   if (apart && known.votes < kVotesInDisorder) ++known.votes;
   if (apart || old || source == Source::group) known.lastSeen = seen;
-  known.flags |= flagOf(source);
+  known.flags = static_cast<std::uint8_t>((known.flags | flagOf(source)) & ~kByOrder);
   known.stretch = static_cast<std::uint8_t>(stretch_);
   if (old) noteAgreement(piece, stretch);
   const auto header = fields(Encoding::version5);
@@ -205,8 +206,8 @@ int PacketEvidence::packetLength() const {
 }
 
 bool PacketEvidence::isCertain(const Cell& seen) const {
-  return (seen.flags & kInGroup) != 0 ||
-         seen.votes >= (disorder_ == kDisorder ? kVotesInDisorder : kVotesToTrust);
+  const bool misleads = disorder_ == kDisorder || (strays_ && (seen.flags & kByOrder) != 0);
+  return (seen.flags & kInGroup) != 0 || seen.votes >= (misleads ? kVotesInDisorder : kVotesToTrust);
 }
 
 /// A break of a source that is not read from only counts once its timetable is sure of it.

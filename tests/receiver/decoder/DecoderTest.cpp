@@ -383,6 +383,132 @@ TEST(Decoder, DoesNotMixRunsEvenWhenTheCrcHolds) {
   EXPECT_EQ(decode(whole), std::vector{kHome.credentials()});
 }
 
+TEST(Decoder, DoesNotExchangeTheLengths) {
+  // Held broadcasts of a run of both encodings. The CRC of version 5 does not cover the lengths.
+  const Air air = {{7282, kPhone, kBroadcast, 92},
+                   {25057, kPhone, kBroadcast, 93},
+                   {53259, kPhone, kBroadcast, 200},
+                   {61401, kPhone, kBroadcast, 95},
+                   {69900, kPhone, group(0x6f, 0x10, 0xae), 90},
+                   {71940, kPhone, group(0x6f, 0x63, 0x68), 92},
+                   {72972, kPhone, group(0x72, 0x68, 0x66), 93},
+                   {74012, kPhone, group(0x6f, 0x64, 0x63), 94},
+                   {76628, kPhone, kBroadcast, 291},
+                   {78827, kPhone, kBroadcast, 96},
+                   {89289, kPhone, kBroadcast, 296},
+                   {97070, kPhone, kBroadcast, 97},
+                   {107828, kPhone, kBroadcast, 296},
+                   {114829, kPhone, kBroadcast, 98},
+                   {133108, kPhone, kBroadcast, 99},
+                   {151067, kPhone, kBroadcast, 100},
+                   {169030, kPhone, kBroadcast, 101},
+                   {179265, kPhone, kBroadcast, 295},
+                   {204867, kPhone, kBroadcast, 103},
+                   {313630, kPhone, kBroadcast, 90},
+                   {325595, kPhone, kBroadcast, 448},
+                   {331862, kPhone, kBroadcast, 91},
+                   {341996, kPhone, kBroadcast, 208},
+                   {349903, kPhone, kBroadcast, 92},
+                   {367826, kPhone, kBroadcast, 93},
+                   {368932, kPhone, group(0x72, 0x67, 0x61), 95},
+                   {369940, kPhone, group(0x5a, 0x00, 0x00), 90},
+                   {370948, kPhone, group(0x5a, 0x00, 0x00), 90},
+                   {371956, kPhone, group(0x5a, 0x00, 0x00), 90},
+                   {372972, kPhone, group(0x4f, 0x0f, 0x00), 91},
+                   {373996, kPhone, group(0x52, 0x08, 0x63), 92},
+                   {376068, kPhone, group(0x52, 0x66, 0x64), 94},
+                   {379180, kPhone, group(0x7a, 0x6f, 0x72), 90},
+                   {380188, kPhone, group(0x6f, 0x10, 0xae), 90},
+                   {384300, kPhone, group(0x6f, 0x64, 0x63), 94},
+                   {385348, kPhone, group(0x72, 0x67, 0x61), 95},
+                   {387364, kPhone, group(0x5a, 0x00, 0x00), 90},
+                   {388372, kPhone, group(0x5a, 0x00, 0x00), 90},
+                   {389388, kPhone, group(0x4f, 0x0f, 0x00), 91},
+                   {390412, kPhone, group(0x52, 0x08, 0x63), 92},
+                   {391444, kPhone, group(0x4f, 0x68, 0x68), 93},
+                   {392484, kPhone, group(0x52, 0x66, 0x64), 94},
+                   {394588, kPhone, group(0x52, 0x61, 0x00), 96},
+                   {398428, kPhone, kBroadcast, 192},
+                   {403829, kPhone, kBroadcast, 95}};
+  const auto reports = decode(air);
+  EXPECT_FALSE(reports.empty());
+  for (const Credentials& report : reports) {
+    EXPECT_EQ(report.ssid, "");
+    EXPECT_EQ(report.passPhrase, "chhfdcga");
+  }
+}
+
+/// Frames of strangers, 400 a second: `perAddress` in a row from each of `addresses` addresses, in turn.
+Air strangers(int addresses, int perAddress, std::int64_t milliseconds) {
+  std::mt19937 random(7);
+  Air air;
+  for (int i = 0; i < 2 * milliseconds / 5; ++i) {
+    const int number = i / perAddress % addresses;
+    const MacAddress mac = {
+        6, 0, 0, 0, static_cast<std::uint8_t>(number >> 8), static_cast<std::uint8_t>(number)};
+    const MacAddress to = i % 3 == 0 ? group(111, random() % 256, random() % 256) : kBroadcast;
+    air.push_back({i * 2'500, mac, to, static_cast<std::int32_t>(60 + random() % 1400)});
+  }
+  return air;
+}
+
+std::int64_t firstReport(Decoder& decoder, const Air& air, const Credentials& expected) {
+  for (const Observation& frame : air) {
+    if (decoder.observe(frame) == expected) return frame.timeMicroseconds;
+  }
+  return INT64_MAX;
+}
+
+TEST(Decoder, IsNotStarvedByStrangers) {
+  constexpr std::int64_t kBefore = 30'000;
+  for (const char* channels : {"mb", "b"}) {
+    const Air run = kHome.run(channels, kBefore, 10'000);
+    Decoder undisturbed;
+    const std::int64_t quiet = firstReport(undisturbed, run, kHome.credentials()) - kBefore * kMs;
+    for (const auto& [addresses, perAddress] :
+         {std::pair{16, 1}, {17, 1}, {20, 1}, {60, 1}, {400, 1}, {60'000, 1}, {60'000, 4}, {60'000, 10}}) {
+      SCOPED_TRACE(std::string(channels) + ", addresses " + std::to_string(addresses) + " of " +
+                   std::to_string(perAddress));
+      Decoder decoder;
+      const Air air = merge(strangers(addresses, perAddress, kBefore + 10'000), run);
+      EXPECT_LE(firstReport(decoder, air, kHome.credentials()) - kBefore * kMs, quiet * 3 / 2);
+    }
+  }
+}
+
+TEST(Decoder, ReadsAPhoneThatIsHeardWithItsAccessPoint) {
+  for (const char* channels : {"m", "b", "mb"}) {
+    const Air run = kHome.run(channels, 0, 20'000);
+    Decoder one;
+    const std::int64_t single = firstReport(one, run, kHome.credentials());
+    for (const int step : {2, 8, -16}) {
+      for (const double loss : {0.0, 0.2}) {
+        SCOPED_TRACE(std::string(channels) + " step " + std::to_string(step) + " loss " +
+                     std::to_string(loss));
+        Air copies = run;
+        for (Observation& copy : copies) {
+          copy.timeMicroseconds += 2 * kMs;
+          copy.frameLength += step;
+        }
+        Decoder decoder;
+        const Air air = disturb(merge(run, copies), loss, 0, 1);
+        const std::int64_t report = firstReport(decoder, air, kHome.credentials());
+        EXPECT_LE(report, loss > 0 ? 20'000 * kMs : single * 3 / 2);
+      }
+    }
+  }
+}
+
+TEST(Decoder, TellsWhatOnlyTheCrcStopped) {
+  Phone faulty = kHome;
+  faulty.crcFault = 0x04;
+  std::vector<Credentials> rejected;
+  Decoder decoder;
+  decoder.setRejectionListener([&](const Credentials& credentials) { rejected.push_back(credentials); });
+  EXPECT_TRUE(decode(decoder, faulty.run("m", 0, 1'500)).empty());
+  EXPECT_EQ(rejected, std::vector{kHome.credentials()});
+}
+
 TEST(Decoder, AppendBytesAreNewsAfterVersion3) {
   Decoder decoder;
   EXPECT_EQ(decode(decoder, kHome.run("3", 0, 2'000)), std::vector{kHome.credentials(Encoding::version3)});
