@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <cstdint>
 
 #include "bindings/c/zorsuite.h"
@@ -61,20 +62,15 @@ jint suiteSetListener(JNIEnv* environment, jclass, jlong suite, jobject listener
   return zor_suite_set_callbacks(suiteOf(suite), &callbacks);
 }
 
-jint smartConfigV5Start(JNIEnv* environment, jclass, jlong suite, jbyteArray ssid, jbyteArray passPhrase,
-                        jint timeoutMs) {
-  const Bytes name(environment, ssid);
-  const Bytes secret(environment, passPhrase);
-  return zor_smart_config_v5_start(suiteOf(suite), name.text(), name.size(), secret.text(), secret.size(),
-                                   timeoutMs);
-}
+using Start = std::int32_t (*)(zor_suite*, const char*, std::size_t, const char*, std::size_t, std::int32_t);
 
-jint smartConfigV3Start(JNIEnv* environment, jclass, jlong suite, jbyteArray ssid, jbyteArray passPhrase,
-                        jint timeoutMs) {
+/// The native method of a start that takes credentials.
+template <Start Call>
+jint startWith(JNIEnv* environment, jclass, jlong suite, jbyteArray ssid, jbyteArray passPhrase,
+               jint timeoutMs) {
   const Bytes name(environment, ssid);
   const Bytes secret(environment, passPhrase);
-  return zor_smart_config_v3_start(suiteOf(suite), name.text(), name.size(), secret.text(), secret.size(),
-                                   timeoutMs);
+  return Call(suiteOf(suite), name.text(), name.size(), secret.text(), secret.size(), timeoutMs);
 }
 
 jint smartConfigV5Append(JNIEnv* environment, jclass, jlong suite, jbyteArray array) {
@@ -138,8 +134,8 @@ void addSuite(std::vector<JNINativeMethod>& methods) {
   methods.push_back(method("suiteCreate", "()J", suiteCreate));
   methods.push_back(method("suiteFree", "(J)V", suiteFree));
   methods.push_back(method("suiteSetListener", "(JLzorsuite/ZorSuiteListener;)I", suiteSetListener));
-  methods.push_back(method("smartConfigV5Start", "(J[B[BI)I", smartConfigV5Start));
-  methods.push_back(method("smartConfigV3Start", "(J[B[BI)I", smartConfigV3Start));
+  methods.push_back(method("smartConfigV5Start", "(J[B[BI)I", startWith<zor_smart_config_v5_start>));
+  methods.push_back(method("smartConfigV3Start", "(J[B[BI)I", startWith<zor_smart_config_v3_start>));
   methods.push_back(method("smartConfigV5Append", "(J[B)I", smartConfigV5Append));
   methods.push_back(method("smartConfigV5SetProperty", "(J[B)I", smartConfigV5SetProperty));
   methods.push_back(method("smartConfigV5MixV3Enable", "(JZ)I", smartConfigV5MixV3Enable));

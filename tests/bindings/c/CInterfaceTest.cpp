@@ -338,6 +338,31 @@ TEST_F(CInterface, ReportsFitStructsOfOtherVersions) {
   EXPECT_EQ(progress, -111);
 }
 
+TEST_F(CInterface, StartsTakeTextsByTheirLength) {
+  User log;
+  const auto keep = [](void* user, zor_text line) {
+    User::of(user).heard.emplace_back(line.bytes, line.length);
+  };
+  zor_set_log_sink(keep, &log, nullptr);
+  const std::uint8_t data[] = {1, 2};
+  EXPECT_EQ(zor_smart_config_v5_append(suite, data, 2), ZOR_OK);
+  EXPECT_EQ(zor_smart_config_v5_start(suite, "home!", 4, "p\xff!", 2, 0), ZOR_OK);
+  zor_worker_wait(ZOR_WORKER_MULTICAST);
+  zor_worker_wait(ZOR_WORKER_BROADCAST);
+  EXPECT_EQ(zor_smart_config_v3_start(suite, nullptr, 0, "secret!", 6, 0), ZOR_OK);
+  zor_worker_wait(ZOR_WORKER_MULTICAST);
+  zor_log_line("own!", 3);
+  zor_set_log_sink(nullptr, nullptr, nullptr);
+  EXPECT_EQ(log.heard, (std::vector<std::string>{"start smart v5, ssid=home, pass=p\xff, append 2 byte",
+                                                 "start smart v3, ssid=, pass=secret", "own"}));
+  std::int32_t progress = 0;
+  std::int32_t status = -1;
+  EXPECT_EQ(zor_smart_config_progress(suite, &progress), ZOR_OK);
+  EXPECT_EQ(zor_smart_config_status(&status), ZOR_OK);
+  EXPECT_EQ(progress, 100);
+  EXPECT_EQ(status, 0);
+}
+
 TEST_F(CInterface, PacesTunablesAndPortRecord) {
   std::array<std::uint8_t, 14> values{};
   ASSERT_EQ(zor_find_pace("default", 7, values.data()), ZOR_OK);
