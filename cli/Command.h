@@ -40,7 +40,8 @@ Command addSearch(CLI::App& app);
 Command addUpgrade(CLI::App& app);
 Command addInterfaces(CLI::App& app);
 Command addPacket(CLI::App& app);
-Command addDecode(CLI::App& app);  ///< Linux only.
-Command addModule(CLI::App& app);  ///< Linux only.
+// Only where ZOR_HAS_RECEIVER is defined, which Linux is needed for.
+Command addDecode(CLI::App& app);
+Command addModule(CLI::App& app);
 
 }  // namespace zor::cli

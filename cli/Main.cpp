@@ -76,10 +76,15 @@ ExitCode parseAndRun(int argc, char** argv) {
   app.set_help_flag("-h,--help", "Print this and end");
   app.set_version_flag("--version", "zorctl " ZOR_VERSION, "Print the version and end");
   app.require_subcommand(0, 1);
-  app.footer("Example: zorctl provision --ssid Home\n'zorctl SUBCOMMAND --help' shows the options of each.");
+  app.footer(
+      "Example: zorctl provision --ssid Home\n'zorctl SUBCOMMAND --help' shows the options of each."
+#if !defined(ZOR_HAS_RECEIVER)
+      "\nThe subcommands 'decode' and 'module' are built on Linux only."
+#endif
+  );
   std::vector<Command> commands = {addProvision(app), addListen(app),     addSearch(app),
                                    addUpgrade(app),   addInterfaces(app), addPacket(app)};
-#if defined(__linux__)
+#if defined(ZOR_HAS_RECEIVER)
   commands.push_back(addDecode(app));
   commands.push_back(addModule(app));
 #endif

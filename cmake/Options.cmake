@@ -2,7 +2,10 @@ include(CMakeDependentOption)
 include(GNUInstallDirs)
 
 # A project that takes this one in with add_subdirectory wants the library alone.
-option(ZOR_BUILD_TOOLS "Build the receiver and zorctl" ${PROJECT_IS_TOP_LEVEL})
+option(ZOR_BUILD_TOOLS "Build zorctl" ${PROJECT_IS_TOP_LEVEL})
+# It uses Linux's packet sockets and event descriptors.
+cmake_dependent_option(ZOR_BUILD_RECEIVER "Build the receiver, and zorctl with decode and module" ON
+                       "ZOR_BUILD_TOOLS;CMAKE_SYSTEM_NAME STREQUAL Linux" OFF)
 option(ZOR_BUILD_C "Build the C interface" ${PROJECT_IS_TOP_LEVEL})
 option(ZOR_BUILD_JAVA "Build the Java interface; needs a JDK, except for Android" OFF)
 option(ZOR_INSTALL "Install the library, its headers and its package" ${PROJECT_IS_TOP_LEVEL})
