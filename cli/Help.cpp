@@ -77,6 +77,7 @@ std::vector<std::string> subcommandNames(const CLI::App& app) {
 std::vector<std::string> optionNames(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::Option* option : app.get_options()) {
+    if (option->get_group().empty()) continue;  // A hidden one.
     for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
   }
   return names;
@@ -88,7 +89,8 @@ std::string nameList(const std::set<CLI::Option*>& options) {
   return names;
 }
 
-/// What the option is for, then what the parser demands of it.
+}  // namespace
+
 std::string describe(const CLI::Option& option) {
   std::string text = option.get_description();
   if (option.get_required()) text += "; required";
@@ -96,8 +98,6 @@ std::string describe(const CLI::Option& option) {
   if (!option.get_excludes().empty()) text += "; not with " + nameList(option.get_excludes());
   return text;
 }
-
-}  // namespace
 
 HelpFormatter::HelpFormatter() : width_(std::max(kMinWidth, terminalWidth())) {}
 

@@ -22,6 +22,9 @@ class HelpFormatter : public CLI::Formatter {
   std::size_t width_;
 };
 
+/// What the option is for, then what the parser demands of it.
+std::string describe(const CLI::Option& option);
+
 /// Why the arguments that `app` left over cannot be meant, with the subcommand or option that is spelled most
 /// alike, in one line; empty when it left none over.
 std::string explainLeftovers(const CLI::App& app);

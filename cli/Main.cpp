@@ -13,6 +13,7 @@
 #include "cli/Command.h"
 #include "cli/Escape.h"
 #include "cli/ExitCode.h"
+#include "cli/Generate.h"
 #include "cli/Help.h"
 #include "cli/TextWriter.h"
 
@@ -70,6 +71,11 @@ std::vector<std::string> argumentsBackwards(int argc, char** argv) {
   return arguments;
 }
 
+ExitCode printGenerated(const CLI::App& app, const std::string& kind) {
+  const bool isWhole = std::fputs(generate(app, kind).c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+  return isWhole ? ExitCode::success : ExitCode::failure;
+}
+
 ExitCode parseAndRun(int argc, char** argv) {
   CLI::App app("Brings Wi-Fi modules onto a network, finds them and upgrades them.", "zorctl");
   app.formatter(std::make_shared<HelpFormatter>());
@@ -82,6 +88,8 @@ ExitCode parseAndRun(int argc, char** argv) {
       "\nThe subcommands 'decode' and 'module' are built on Linux only."
 #endif
   );
+  std::string generated;
+  addGenerateOption(app, generated);
   std::vector<Command> commands = {addProvision(app), addListen(app),     addSearch(app),
                                    addUpgrade(app),   addInterfaces(app), addPacket(app)};
 #if defined(ZOR_HAS_RECEIVER)
@@ -96,6 +104,7 @@ ExitCode parseAndRun(int argc, char** argv) {
     app.exit(error);
     return ExitCode::success;
   }
+  if (!generated.empty()) return printGenerated(app, generated);
   return run(commands);
 }
 
