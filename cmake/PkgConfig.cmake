@@ -1,0 +1,30 @@
+# zorsuite.pc, and zorsuite-c.pc for the C interface. They find the prefix from their own place, so that an
+# installation can be moved.
+set(zor_pc_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH zor_pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+foreach(kind IN ITEMS lib include)
+  string(TOUPPER CMAKE_INSTALL_${kind}dir folder)
+  set(zor_pc_${kind}dir "\${prefix}/${${folder}}")
+  if(IS_ABSOLUTE "${${folder}}")
+    set(zor_pc_${kind}dir ${${folder}})
+  endif()
+endforeach()
+
+function(zor_install_pc name library)
+  # A program that takes in a static library needs what that library needs.
+  get_target_property(type ${library} TYPE)
+  set(zor_pc_libs "")
+  if(type STREQUAL "STATIC_LIBRARY")
+    set(zor_pc_libs " ${CMAKE_THREAD_LIBS_INIT}")
+    if(NOT ZOR_COMPILER_HAS_64_BIT_ATOMICS)
+      string(APPEND zor_pc_libs " -latomic")
+    endif()
+  endif()
+  configure_file(cmake/zorsuite.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc DESTINATION ${zor_pc_dir})
+endfunction()
+
+zor_install_pc(zorsuite ZorSuite)
+if(ZOR_BUILD_C)
+  zor_install_pc(zorsuite-c ZorSuiteC)
+endif()
