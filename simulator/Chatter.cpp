@@ -33,7 +33,7 @@ Chatter::Chatter(std::span<const ChatterProtocol> protocols, std::vector<Transmi
 
 void Chatter::advance() {
   while (pending_.empty() || questionUs_ <= pending_.top().timeUs) ask();
-  next_ = pending_.top();
+  upcoming = pending_.top();
   pending_.pop();
 }
 

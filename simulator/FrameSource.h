@@ -37,13 +37,13 @@ class FrameSource {
   FrameSource& operator=(const FrameSource&) = delete;
 
   /// The next frame. Its time never decreases.
-  const SentFrame& next() const { return next_; }
+  const SentFrame& next() const { return upcoming; }
 
   /// Goes on to the frame after that.
   virtual void advance() = 0;
 
  protected:
-  SentFrame next_;
+  SentFrame upcoming;
 };
 
 }  // namespace zor::simulator

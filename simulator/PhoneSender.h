@@ -22,8 +22,8 @@ class ChannelSender final : public FrameSource {
   ChannelSender(const PlannedChannel& channel, const RunTimes& times, const Transmitter& from,
                 std::size_t run, const SenderDelays& delays, Random& random)
       : channel_(channel), times_(times), delays_(delays), random_(random) {
-    next_.from = from;
-    next_.run = run;
+    upcoming.from = from;
+    upcoming.run = run;
     const std::int64_t missedUs = std::max<std::int64_t>(-times.startUs, 0);
     const std::int64_t missedOfBlockUs = missedUs % channel.periodUs;
     const auto later =
@@ -32,7 +32,7 @@ class ChannelSender final : public FrameSource {
     index_ = static_cast<std::size_t>(later - channel.frames.begin());
     blockUs_ = times.startUs + missedUs - missedOfBlockUs;
     stallUs_ = nextStall(0);
-    next_.timeUs = times.startUs + missedUs;
+    upcoming.timeUs = times.startUs + missedUs;
     schedule();
   }
 
@@ -47,16 +47,16 @@ class ChannelSender final : public FrameSource {
       index_ = 0;
       blockUs_ += channel_.periodUs;
     }
-    next_.frame = channel_.frames[index_];
-    const std::int64_t dueUs = blockUs_ + next_.frame.timeUs;
+    upcoming.frame = channel_.frames[index_];
+    const std::int64_t dueUs = blockUs_ + upcoming.frame.timeUs;
     if (dueUs >= stallUs_) {
       blockUs_ += kStallUs;
       stallUs_ = nextStall(dueUs);
       return schedule();
     }
     const auto delayUs = static_cast<std::int64_t>(random_.exponential(delays_.meanUs));
-    next_.timeUs = std::max(next_.timeUs, dueUs + delayUs);
-    if (next_.timeUs >= times_.endUs) next_.timeUs = kNever;
+    upcoming.timeUs = std::max(upcoming.timeUs, dueUs + delayUs);
+    if (upcoming.timeUs >= times_.endUs) upcoming.timeUs = kNever;
   }
 
   std::int64_t nextStall(std::int64_t afterUs) {

@@ -16,14 +16,14 @@ class VideoStream final : public FrameSource {
     // Groups of the administrative scope (RFC 2365), some with an octet that the encodings use too.
     constexpr std::array<std::uint8_t, 6> kSecondOctets = {1, 79, 90, 111, 114, 122};
     const auto octet = [&] { return static_cast<std::uint8_t>(random.below(256)); };
-    next_.timeUs = random.below(kPeriodUs);
-    next_.from = from;
-    next_.frame.destination = {0x01, 0x00, 0x5E, random.oneOf(kSecondOctets), octet(), octet()};
-    next_.frame.length = kLength;
-    next_.frame.multicast = true;
+    upcoming.timeUs = random.below(kPeriodUs);
+    upcoming.from = from;
+    upcoming.frame.destination = {0x01, 0x00, 0x5E, random.oneOf(kSecondOctets), octet(), octet()};
+    upcoming.frame.length = kLength;
+    upcoming.frame.multicast = true;
   }
 
-  void advance() override { next_.timeUs += kPeriodUs; }
+  void advance() override { upcoming.timeUs += kPeriodUs; }
 
  private:
   static constexpr std::int64_t kPeriodUs = 25'000;

@@ -77,8 +77,8 @@ std::vector<NamedAir> makeAirs() {
                {"chatter 16/s", ownChatter(16)},
                {"repeats", with(quiet, &Environment::repeats, 0.2)},
                {"both directions", both},
-               {"both directions, repeats", with(both, &Environment::repeats, 0.2)},
-               {"both directions, held 300 ms", with(held300, &Environment::bothDirections, true)},
+               {"both directions + repeats", with(both, &Environment::repeats, 0.2)},
+               {"both directions + held 300 ms", with(held300, &Environment::bothDirections, true)},
                {"range extender", with(quiet, &Environment::rangeExtender, true)},
                {"hopping module", with(quiet, &Environment::hopping, true)},
                {"video", with(quiet, &Environment::videoMulticast, true)},
@@ -87,8 +87,8 @@ std::vector<NamedAir> makeAirs() {
                {"new addresses", neighbours(400, 0, true)},
                {"corrected within 60 ms", corrected(quiet, 0.5, 60)},
                {"corrected within 5 s", corrected(quiet, 2, 5000)},
-               {"corrected within 5 s, held 300 ms", corrected(held300, 2, 5000)},
-               {"chatter 5/s, held 300 ms", with(held300, &Environment::ownChatterPerSecond, 5)},
+               {"corrected within 5 s + held 300 ms", corrected(held300, 2, 5000)},
+               {"chatter 5/s + held 300 ms", with(held300, &Environment::ownChatterPerSecond, 5)},
                {"busy home", busyHome()}});
   return airs;
 }
