@@ -42,10 +42,15 @@ Observation anyFrame(FuzzedDataProvider& data, std::int64_t timeMicroseconds) {
   return frame;
 }
 
+/// What happens to the next frame of the run. Those from `stray` on can forge a packet, CRC and all, so after
+/// them no report is judged.
+enum Fate { once, again, lost, afterNeighbour, afterGarbage, copied, stray, held, rerun };
+
 }  // namespace
 
 /// A run whose frames are lost, repeated and mixed with those of another phone and with garbage: it is
-/// decoded as it was sent or not at all, and always if it was not disturbed.
+/// decoded as it was sent or not at all, and always if it was not disturbed. Its own phone's strays, frames
+/// that are held and another run may mislead the decoder, but do no harm.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   FuzzedDataProvider data(bytes, size);
   const std::string ssid = data.ConsumeRandomLengthString(32).c_str();
@@ -57,26 +62,43 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   constexpr MacAddress kNeighbour = {2, 0, 0, 0, 0, 9};
 
   Decoder decoder;
-  bool isHeard = false, isDisturbed = false;
+  bool isHeard = false, isDisturbed = false, isForged = false;
+  std::int64_t delay = 0;
   const auto hear = [&](const Observation& frame) {
     const auto credentials = decoder.observe(frame);
     if (!credentials) return;
     requireSound(*credentials);
     isHeard = true;
+    if (isForged) return;
     if (credentials->sender == frames[0].sender) require(texts.are(*credentials));
     if (credentials->sender == kNeighbour) require(others.are(*credentials));
   };
   for (std::size_t i = 0; i < frames.size();) {
+    if (data.remaining_bytes() == 0 && (isHeard || isDisturbed)) break;
+    Observation frame = frames[i];
+    frame.timeMicroseconds += delay;
     Observation interrupting = neighbour[i % neighbour.size()];
-    interrupting.timeMicroseconds = frames[i].timeMicroseconds;
+    interrupting.timeMicroseconds = frame.timeMicroseconds;
     interrupting.sender = kNeighbour;
-    enum Fate { once, again, lost, afterNeighbour, afterGarbage };
-    const int fate = data.ConsumeIntegralInRange<int>(once, afterGarbage);
-    if (fate == afterNeighbour) hear(interrupting);
-    if (fate == afterGarbage) hear(anyFrame(data, frames[i].timeMicroseconds));
-    if (fate == once || fate == again) hear(frames[i]);
-    if (fate == once || fate == lost) ++i;
+    const int fate = data.ConsumeIntegralInRange<int>(once, rerun);
     isDisturbed |= fate >= lost;
+    isForged |= fate >= stray;
+    if (fate == afterNeighbour) hear(interrupting);
+    if (fate == afterGarbage) hear(anyFrame(data, frame.timeMicroseconds));
+    if (fate == stray)
+      interrupting = anyFrame(data, frame.timeMicroseconds), interrupting.sender = frame.sender;
+    if (fate == stray || fate == rerun) {
+      if (fate == rerun) interrupting.sender = frame.sender;
+      hear(interrupting);
+    }
+    if (fate == held) delay += data.ConsumeIntegralInRange<std::int32_t>(0, 300'000);
+    if (fate == once || fate == again || fate == copied) hear(frame);
+    if (fate == copied) {
+      frame.timeMicroseconds += 1'500;
+      frame.frameLength += 2;
+      hear(frame);
+    }
+    if (fate == once || fate == lost || fate == copied) ++i;
   }
   require(isHeard || isDisturbed);
   requireSoundProgress(decoder);

@@ -509,6 +509,18 @@ TEST(Decoder, TellsWhatOnlyTheCrcStopped) {
   EXPECT_EQ(rejected, std::vector{kHome.credentials()});
 }
 
+TEST(Decoder, TakesNoOtherBaseWhileTheLikelyOneIsOpen) {
+  // Every byte of the texts is the same, so they agree at many bases, and no sync group is heard.
+  const Phone phone{std::string(20, 'z'), std::string(30, 'z')};
+  for (unsigned seed = 1; seed <= 30; ++seed) {
+    Air air = phone.run("Mb", 0, 12'000);
+    std::erase_if(air, [](const Observation& frame) { return frame.destination == group(122, 111, 114); });
+    const auto reports = decode(disturb(air, 0.5, 0, seed));
+    ASSERT_FALSE(reports.empty()) << seed;
+    for (const Credentials& report : reports) EXPECT_EQ(report, phone.credentials(report.encoding)) << seed;
+  }
+}
+
 TEST(Decoder, AppendBytesAreNewsAfterVersion3) {
   Decoder decoder;
   EXPECT_EQ(decode(decoder, kHome.run("3", 0, 2'000)), std::vector{kHome.credentials(Encoding::version3)});
