@@ -3,6 +3,13 @@
 #include "receiver/decoder/Breaks.h"
 
 namespace zor::receiver {
+namespace {
+
+/// After a sync frame of another length, this many must agree: two copies of each frame, with two overheads,
+/// may come from an access point that holds one of them.
+constexpr std::uint8_t kSyncsToAgree = 3;
+
+}  // namespace
 
 const MulticastFormat kVersion5Multicast{
     .encoding = Encoding::version5,
@@ -52,8 +59,14 @@ std::optional<int> MulticastChannel::syncLength() const {
 
 void MulticastChannel::observeSync(int length, PacketEvidence& evidence) {
   const int base = length + format_->firstFrameOffset;
-  if (base_ == base) return;
-  if (base_) evidence.restart();  // A run keeps its lengths.
+  if (base_ == base) {
+    if (syncsToAgree_ > 0) --syncsToAgree_;
+    return;
+  }
+  if (base_) {  // A run keeps its lengths.
+    evidence.restart();
+    syncsToAgree_ = kSyncsToAgree;
+  }
   beginWithBase(base, evidence);
 }
 

@@ -62,6 +62,9 @@ class MulticastChannel {
   /// Length of a sync frame, once known.
   std::optional<int> syncLength() const;
 
+  /// True while sync frames disagree about the base: what was read with it may be wrong.
+  bool contested() const { return syncsToAgree_ > 0; }
+
   /// True once any frame of this encoding was heard.
   bool heard() const { return heard_; }
 
@@ -87,6 +90,7 @@ class MulticastChannel {
   CycleClock clock_;
   std::optional<int> base_;  ///< Length of data frame 0.
   bool heard_ = false;
+  std::uint8_t syncsToAgree_ = 0;  ///< Before the base is believed again.
   LastByte lastByte_;
   PendingPairs pending_;
 };

@@ -144,7 +144,7 @@ void SenderRecord::findBases() {
 std::optional<Credentials> SenderRecord::complete(std::optional<Credentials>* rejected) {
   const auto version5 = evidence_.fields(Encoding::version5);
   const auto version3 = evidence_.fields(Encoding::version3);
-  if (!version3) return std::nullopt;
+  if (!version3 || version5_.contested() || version3_.contested()) return std::nullopt;
   const Timetables clocks = timetables(version5 ? *version5 : *version3);
   if (settledVersion5_ != evidence_.changes()) {
     if (auto credentials = evidence_.read(Encoding::version5, clocks, rejected)) {
