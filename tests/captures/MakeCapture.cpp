@@ -10,8 +10,9 @@
 
 #include "ZOR/ZorSuite.h"
 #include "simulator/CaptureFile.h"
-#include "simulator/PhoneSender.h"
+#include "simulator/PhonePlan.h"
 #include "simulator/Radio.h"
+#include "simulator/Random.h"
 
 namespace {
 
@@ -32,8 +33,11 @@ struct Options {
   bool noMulticast = false, noBroadcast = false, onlyVersion3 = false, noSyncs = false;
   bool fromPhone = true, copies = false, copiesWithoutMulticast = false, aggregated = false,
        strangers = false;
+  int multicastShift = 0;
   int cut = 0;  ///< Bytes to leave out at the end of the file.
 };
+
+constexpr double kMeanDelayUs = 300;  ///< By which a frame leaves late.
 
 bool isVersion3(const PlannedFrame& frame) {
   const int mark = frame.destination[3];
@@ -73,14 +77,21 @@ class Maker {
     const auto last = static_cast<std::uint8_t>(options_.sameAddress ? 1 : 1 + number);
     const auto endUs = static_cast<std::int64_t>(options_.seconds * 1e6);
     for (const PlannedChannel& channel : plan.channels) {
-      for (ChannelSender sender(channel, 0, random_); sender.time() < endUs; sender.advance()) {
-        const PlannedFrame& frame = sender.frame();
-        if (options_.onlyVersion3 && !isVersion3(frame)) continue;
-        if (options_.noSyncs && isSync(frame, pace[0], pace[7])) continue;
-        if (frame.multicast ? options_.noMulticast : options_.noBroadcast) continue;
-        send(frame, sender.time(), {2, 0, 0, 0, 0, last});
+      std::int64_t timeUs = 0;
+      for (std::size_t sent = 0; timeUs < endUs; ++sent) {
+        const PlannedFrame& frame = channel.frames[sent % channel.frames.size()];
+        const auto block = static_cast<std::int64_t>(sent / channel.frames.size());
+        const auto delayUs = static_cast<std::int64_t>(random_.exponential(kMeanDelayUs));
+        timeUs = std::max(timeUs, block * channel.periodUs + frame.timeUs + delayUs);
+        if (timeUs < endUs && isSent(frame, pace)) send(frame, timeUs, {2, 0, 0, 0, 0, last});
       }
     }
+  }
+
+  bool isSent(const PlannedFrame& frame, const Pace& pace) const {
+    if (options_.onlyVersion3 && !isVersion3(frame)) return false;
+    if (options_.noSyncs && isSync(frame, pace[0], pace[7])) return false;
+    return frame.multicast ? !options_.noMulticast : !options_.noBroadcast;
   }
 
   void send(const PlannedFrame& planned, std::int64_t timeUs, const zor::receiver::MacAddress& source) {
@@ -88,7 +99,7 @@ class Maker {
     frame.timeUs = timeUs;
     frame.source = source;
     frame.destination = planned.destination;
-    frame.length = planned.length;
+    frame.length = planned.length + (planned.multicast ? options_.multicastShift : 0);
     frame.sequence = sequence_++ & 0xfffU;
     frame.encryption =
         static_cast<double>(timeUs) >= options_.laterSeconds * 1e6 ? options_.later : options_.encryption;
@@ -174,6 +185,7 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_flag("--copies-without-multicast", options.copiesWithoutMulticast);
   app.add_flag("--aggregated", options.aggregated, "The phone's frames are A-MSDUs");
   app.add_flag("--strangers", options.strangers, "Other devices send too");
+  app.add_option("--multicast-shift", options.multicastShift, "What is added to the lengths of multicasts");
   app.add_option("--cut", options.cut, "Bytes to leave out at the end");
 }
 
