@@ -42,6 +42,7 @@ Command addInterfaces(CLI::App& app);
 Command addPacket(CLI::App& app);
 // Only where ZOR_HAS_RECEIVER is defined, which Linux is needed for.
 Command addDecode(CLI::App& app);
+Command addSimulate(CLI::App& app);
 Command addModule(CLI::App& app);
 
 }  // namespace zor::cli

@@ -95,6 +95,7 @@ ExitCode parseAndRun(int argc, char** argv) {
 #if defined(ZOR_HAS_RECEIVER)
   commands.push_back(addDecode(app));
   commands.push_back(addModule(app));
+  commands.push_back(addSimulate(app));
 #endif
   try {
     app.parse(argumentsBackwards(argc, argv));

@@ -1,8 +1,9 @@
 #include "bench/support/Cases.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <iostream>
 
-#include "bench/support/SampleRun.h"
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
@@ -11,18 +12,9 @@ using simulator::Environment;
 using simulator::Outcome;
 
 const std::vector<NamedSecret>& secrets() {
-  static const std::vector<NamedSecret> kSecrets = {
-      {"9 + 12 bytes", {kSsid, kPassPhrase, {}}},
-      {"32 + 64 bytes",
-       {"a network of thirty-two bytes ok",
-        "0123456789abcdef and so on until sixty-four bytes are full - yes",
-        {}}}};
+  static const std::vector<NamedSecret> kSecrets = {{"9 + 12 bytes", simulator::sampleSecret(9, 12)},
+                                                    {"32 + 64 bytes", simulator::sampleSecret(32, 64)}};
   return kSecrets;
-}
-
-simulator::Secret mistyped(simulator::Secret secret) {
-  secret.passPhrase.back() = '?';
-  return secret;
 }
 
 simulator::Secret otherSecret(simulator::Secret secret) {
@@ -42,6 +34,21 @@ const std::vector<NamedChannels>& channelChoices() {
 const NamedChannels& findChannels(const std::string& name) {
   return *std::find_if(channelChoices().begin(), channelChoices().end(),
                        [&](const NamedChannels& choice) { return choice.name == name; });
+}
+
+std::vector<NamedAir> findAirs(const std::vector<std::string>& names) {
+  if (names.empty() || names.front() == "all") return airs();
+  std::vector<NamedAir> found;
+  for (const std::string& name : names) {
+    if (const NamedAir* const air = simulator::findAir(name)) {
+      found.push_back(*air);
+      continue;
+    }
+    std::cerr << "no air is called \"" << name << "\"; use one of these:\n";
+    for (const NamedAir& known : airs()) std::cerr << "  " << known.name << "\n";
+    std::exit(2);
+  }
+  return found;
 }
 
 const std::vector<int>& losses() {

@@ -4,6 +4,8 @@
 #include <vector>
 
 #include "ZOR/state/Paces.h"
+#include "simulator/Airs.h"
+#include "simulator/SampleSecret.h"
 #include "simulator/Trial.h"
 
 namespace zor::bench {
@@ -20,9 +22,6 @@ struct NamedSecret {
 /// A common home network, and the longest packet.
 const std::vector<NamedSecret>& secrets();
 
-/// Returns `secret` with a typing error in the pass phrase.
-simulator::Secret mistyped(simulator::Secret secret);
-
 /// Returns another secret whose texts are as long.
 simulator::Secret otherSecret(simulator::Secret secret);
 
@@ -37,17 +36,10 @@ const std::vector<NamedChannels>& channelChoices();
 /// Returns the choice with this name, which must be that of one of `channelChoices`.
 const NamedChannels& findChannels(const std::string& name);
 
-struct NamedAir {
-  std::string name;
-  simulator::Environment environment;  ///< Its `loss` is 0: `withLoss` sets it.
-};
-
-/// Quiet airs: losses one by one and in bursts, and losses one by one where an access point holds group
-/// frames.
-const std::vector<NamedAir>& quietAirs();
-
-/// Those and all others: strays, neighbours, corrected runs, delays, copies and more.
-const std::vector<NamedAir>& airs();
+using simulator::airs;
+using simulator::mistyped;
+using simulator::NamedAir;
+using simulator::quietAirs;
 
 /// Returns the airs with these names; all of `airs` for no names or "all". Ends the process when a name is
 /// not known, with a message that lists those that are.

@@ -1,14 +1,9 @@
+#include "simulator/Airs.h"
+
 #include <algorithm>
-#include <cstdlib>
-#include <iostream>
 
-#include "bench/support/Cases.h"
-
-namespace zor::bench {
+namespace zor::simulator {
 namespace {
-
-using simulator::Environment;
-using simulator::Held;
 
 constexpr std::int64_t kMs = 1000;
 
@@ -70,8 +65,8 @@ std::vector<NamedAir> makeAirs() {
   std::vector<NamedAir> airs = makeQuietAirs();
   airs.insert(airs.end(),
               {{"loss by length", byLength},
-               {"jitter 6 ms", with(quiet, &Environment::delays, simulator::SenderDelays{6000, 0})},
-               {"stalls 80 ms", with(quiet, &Environment::delays, simulator::SenderDelays{300, 1})},
+               {"jitter 6 ms", with(quiet, &Environment::delays, SenderDelays{6000, 0})},
+               {"stalls 80 ms", with(quiet, &Environment::delays, SenderDelays{300, 1})},
                {"chatter 1/s", ownChatter(1)},
                {"chatter 5/s", ownChatter(5)},
                {"chatter 16/s", ownChatter(16)},
@@ -105,21 +100,10 @@ const std::vector<NamedAir>& airs() {
   return kAirs;
 }
 
-std::vector<NamedAir> findAirs(const std::vector<std::string>& names) {
-  if (names.empty() || names.front() == "all") return airs();
-  std::vector<NamedAir> found;
-  for (const std::string& name : names) {
-    const auto air = std::find_if(airs().begin(), airs().end(),
-                                  [&](const NamedAir& candidate) { return candidate.name == name; });
-    if (air != airs().end()) {
-      found.push_back(*air);
-      continue;
-    }
-    std::cerr << "no air is called \"" << name << "\"; use one of these:\n";
-    for (const NamedAir& known : airs()) std::cerr << "  " << known.name << "\n";
-    std::exit(2);
-  }
-  return found;
+const NamedAir* findAir(std::string_view name) {
+  const auto air = std::find_if(airs().begin(), airs().end(),
+                                [&](const NamedAir& candidate) { return candidate.name == name; });
+  return air == airs().end() ? nullptr : &*air;
 }
 
-}  // namespace zor::bench
+}  // namespace zor::simulator
