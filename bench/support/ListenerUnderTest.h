@@ -5,8 +5,8 @@
 #include <string>
 
 #include "ZOR/ZorSuite.h"
-#include "bench/support/SleepingRun.h"
 #include "bench/support/LineLoad.h"
+#include "bench/support/SleepingRun.h"
 #include "bench/support/ThreadUse.h"
 
 namespace zor::bench {
