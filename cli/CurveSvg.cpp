@@ -66,7 +66,7 @@ class Curve {
   }
 
   void gridLine(double x1, double y1, double x2, double y2) {
-    out_ << "<path stroke=\"#ddd\" d=\"M" << x1 << ' ' << y1 << 'L' << x2 << ' ' << y2 << "\"/>\n";
+    out_ << R"(<path stroke="#ddd" d="M)" << x1 << ' ' << y1 << 'L' << x2 << ' ' << y2 << "\"/>\n";
   }
 
   void drawAxes() {

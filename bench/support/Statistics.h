@@ -33,6 +33,7 @@ inline Interval ratioInterval(const std::vector<double>& values, const std::vect
     return median(drawn);
   };
   std::vector<double> ratios;
+  ratios.reserve(kResamples);
   for (int i = 0; i < kResamples; ++i)
     ratios.push_back(ratio(resampledMedian(values), resampledMedian(baseline)));
   return {percentile(ratios, 0.025), percentile(ratios, 0.975)};
@@ -41,7 +42,7 @@ inline Interval ratioInterval(const std::vector<double>& values, const std::vect
 /// Returns the highest mean, with a confidence of 95 %, of a rare event that was counted `count` times
 /// (Poisson distribution). For a count of 0 it is 3.
 inline double highestMean(std::size_t count) {
-  double low = static_cast<double>(count);
+  auto low = static_cast<double>(count);
   double high = low + 4 * std::sqrt(low + 1) + 1;
   while (high - low > 1e-3) {
     const double mean = (low + high) / 2;
