@@ -11,9 +11,7 @@ constexpr double kMeanBurstUs = 50'000;
 
 }  // namespace
 
-LossModel::LossModel(const RadioConditions& conditions, Random& random)
-    : conditions_(conditions), random_(random) {
-  if (!conditions_.bursts) return;
+void LossModel::drawFirstState() {
   bad_ = random_.fraction() < conditions_.loss;
   changeUs_ = nextStay();
 }

@@ -24,13 +24,16 @@ struct RadioConditions {
 class LossModel {
  public:
   /// `conditions` and `random` must outlive the model.
-  LossModel(const RadioConditions& conditions, Random& random);
+  LossModel(const RadioConditions& conditions, Random& random) : conditions_(conditions), random_(random) {
+    if (conditions.bursts) drawFirstState();
+  }
 
   /// True when a frame with a datagram of `length` bytes is lost at `timeUs`. Times must not decrease from
   /// call to call.
   bool loses(std::int64_t timeUs, std::int32_t length);
 
  private:
+  void drawFirstState();
   double nextStay() const;
 
   const RadioConditions& conditions_;

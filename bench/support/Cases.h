@@ -55,6 +55,7 @@ simulator::Environment withLoss(simulator::Environment environment, int lossPerc
 template <class Cases>
 std::vector<std::string> namesOf(const Cases& cases) {
   std::vector<std::string> names;
+  names.reserve(std::size(cases));
   for (const auto& one : cases) names.push_back(one.name);
   return names;
 }

@@ -122,7 +122,7 @@ class PacketEvidence {
   void noteAgreement(int piece, int stretch);
   void joinStretches(int first);
   int oldestUsableStretch(Sources sources, const Timetables& timetables) const;
-  bool isCertain(const Cell& cell) const;
+  bool isCertain(const Cell& seen) const;
   bool lengthConfirmed(int length) const;
   bool exceeds(int length) const;
   std::optional<Credentials> readFrom(Sources sources, Encoding encoding, const PacketFields& fields,
