@@ -18,7 +18,6 @@ set(CMAKE_C_COMPILER ${ZOR_ZIG}/zig-cc)
 set(CMAKE_CXX_COMPILER ${ZOR_ZIG}/zig-c++)
 set(CMAKE_AR ${ZOR_ZIG}/zig-ar CACHE FILEPATH "")
 set(CMAKE_RANLIB ${ZOR_ZIG}/zig-ranlib CACHE FILEPATH "")
-set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
 
 # This machine's headers and libraries are not the target's.
 set(CMAKE_FIND_ROOT_PATH ${ZOR_CROSS_PACKAGES})
