@@ -11,8 +11,8 @@ namespace {
 /// long.
 constexpr std::int64_t kSyncsWithin = 300'000;
 
-/// Without sync frames, so many broadcasts of so many lengths, none further apart than those of a cycle, and
-/// so many a second, are no other protocol's.
+/// What tells a run from another protocol's broadcasts where no sync frame was heard: at least this many
+/// frames, of at least this many lengths, with at most this time per frame on average.
 constexpr std::uint64_t kFramesOfRun = 50;
 constexpr std::size_t kLengthsOfRun = 10;
 constexpr std::int64_t kMicrosecondsPerFrame = 200'000;

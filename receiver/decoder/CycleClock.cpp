@@ -29,7 +29,7 @@ constexpr std::int64_t kBurstContrast = 3;
 constexpr int kUnevenStep = 8;
 constexpr int kUnevennessOfBursts = 4 * kUnevenStep;
 
-/// So many fitting frames does one count for that does not fit.
+/// A frame that does not fit outweighs this many that fit.
 constexpr int kStreakLost = 4;
 
 /// A run that replaces another causes a break or two. This many mean that there is no timetable.

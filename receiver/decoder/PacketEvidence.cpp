@@ -21,8 +21,8 @@ constexpr std::uint8_t kVotesToTrust = 2;
 /// A repeated value frame that comes too late looks like the next byte's, and does so again and again.
 constexpr std::uint8_t kVotesInDisorder = 5;
 
-/// So many bytes of a packet may rest on one sighting each where strays were heard: if one byte is wrong and
-/// all others are right, the CRC never holds.
+/// Where strays were heard, this many bytes of a packet may rest on one sighting each: the CRC shows a single
+/// wrong byte among right ones.
 constexpr int kDoubtfulBytesAmongStrays = 1;
 
 // Flags of a cell: where it was seen.
