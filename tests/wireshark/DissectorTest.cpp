@@ -154,7 +154,7 @@ TEST(Dissector, ReadsEveryFrameThatTheSchedulesSend) {
     capture.add(sent.destination, 6001, std::string(static_cast<std::size_t>(sent.length), '\0'));
   const std::vector<std::string> lines = capture.dissected();
   ASSERT_EQ(lines.size(), air.frames.size());
-  EXPECT_TRUE(std::ranges::all_of(lines, [](const std::string& line) {
+  EXPECT_TRUE(std::all_of(lines.begin(), lines.end(), [](const std::string& line) {
     return line.starts_with("Version ") && line.find("does not fit") == std::string::npos;
   }));
 }
