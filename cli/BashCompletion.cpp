@@ -22,6 +22,7 @@ std::string optionWords(const CommandOutline& command) {
 
 std::string namesOf(const std::vector<CommandOutline>& commands) {
   std::vector<std::string> names;
+  names.reserve(commands.size());
   for (const CommandOutline& command : commands) names.push_back(command.name);
   return joined(names, "|");
 }
