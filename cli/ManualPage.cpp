@@ -75,7 +75,7 @@ std::string sectionOf(const CommandOutline& command) {
 
 std::string manualPage(const CommandOutline& tool) {
   std::ostringstream page;
-  page << ".TH ZORCTL 1 \"\" \"zorctl " << ZOR_VERSION << "\" \"User Commands\"\n"
+  page << R"(.TH ZORCTL 1 "" "zorctl )" << ZOR_VERSION << "\" \"User Commands\"\n"
        << ".SH NAME\nzorctl \\- bring Wi\\-Fi modules onto a network, find them and upgrade them\n"
        << ".SH SYNOPSIS\n";
   const char* separator = "";
