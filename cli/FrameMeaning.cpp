@@ -46,8 +46,10 @@ FrameMeaning dataMeaning(std::size_t offset, const std::vector<std::uint8_t>& by
   std::string offsets;
   std::string values;
   for (std::size_t i = 0; i < bytes.size(); ++i) {
-    offsets += (i == 0 ? "" : ", ") + std::to_string(offset + i);
-    values += " " + toHex({bytes[i]});
+    if (i > 0) offsets += ", ";
+    offsets += std::to_string(offset + i);
+    values += ' ';
+    values += toHex({bytes[i]});
   }
   return {offsets + ":" + values, {{"kind", "data"}, {"offset", offset}, {"bytes", toHex(bytes)}}};
 }
