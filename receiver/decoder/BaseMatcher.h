@@ -39,7 +39,7 @@ class BaseMatcher {
     std::int16_t position;
   };
 
-  static constexpr std::size_t kMaxSuccessions = 48;
+  static constexpr std::size_t kMaxSuccessions = 40;
 
   /// How many bytes agree with the known ones under a base, and how many do not.
   struct Verdict {

@@ -47,6 +47,7 @@ void BroadcastChannel::forgetCycle() {
   waitingCount_ = 0;
   row_.begin(std::nullopt, 0);
   openRows_.clear();
+  singleValues_.clear();
 }
 
 void BroadcastChannel::observe(int length, std::int64_t time, PacketEvidence& evidence) {
@@ -59,6 +60,33 @@ void BroadcastChannel::observe(int length, std::int64_t time, PacketEvidence& ev
   } else if (base_.base()) {
     decode(length, time, evidence);
   }
+}
+
+std::optional<int> BroadcastChannel::shorterLength(int length, int step, std::int64_t time,
+                                                   const PacketEvidence& evidence) {
+  if (!base_.base() || !clock_.steady()) return std::nullopt;
+  const int offset = length - *base_.base();
+  const bool mayBeShorter = isPossible(offset, time, evidence);
+  const bool mayBeLonger = isPossible(offset - step, time, evidence);
+  if (mayBeShorter != mayBeLonger) return mayBeShorter ? length : length - step;
+  if (!mayBeShorter || offset - step < wire::kValueOffset) return std::nullopt;
+  const auto index = clock_.indexInAnyCycle(time + clock_.pace() / 2, clock_.pace() / kValueTolerance);
+  const auto value = singleValues_.observe(*index, offset - wire::kValueOffset, step);
+  if (!value) return std::nullopt;
+  return *value + wire::kValueOffset + *base_.base();
+}
+
+/// True when a frame of this length above the base may have been sent at this time.
+bool BroadcastChannel::isPossible(int offset, std::int64_t time, const PacketEvidence& evidence) const {
+  const int packetLength = evidence.packetLength();
+  const int end = packetLength == 0 ? wire::kMaxPacketBytes : packetLength;
+  if (offset < wire::kPositionOffset || offset >= wire::kSync2Offset) return false;
+  if (offset < wire::kValueOffset)
+    return offset - wire::kPositionOffset < end && clock_.fits(offset - wire::kPositionOffset, time);
+  const auto index = clock_.indexInAnyCycle(time + clock_.pace() / 2, clock_.pace() / kValueTolerance);
+  if (!index || *index < 0 || *index >= end) return false;
+  const auto known = evidence.byteAt(Encoding::version5, *index);
+  return !known || *known == offset - wire::kValueOffset;
 }
 
 bool BroadcastChannel::baseShown(int length, std::int64_t time) {

@@ -11,6 +11,7 @@
 #include "receiver/decoder/FrameHistory.h"
 #include "receiver/decoder/PacketEvidence.h"
 #include "receiver/decoder/PendingPairs.h"
+#include "receiver/decoder/SingleValues.h"
 #include "receiver/decoder/ValueRow.h"
 
 namespace zor::receiver {
@@ -33,6 +34,10 @@ class BroadcastChannel {
 
   /// Takes a broadcast of any origin.
   void observe(int length, std::int64_t time, PacketEvidence& evidence);
+
+  /// Of a frame that was sent with this length or with one that is `step` shorter: returns the shorter
+  /// length, when what is known leaves only one of both.
+  std::optional<int> shorterLength(int length, int step, std::int64_t time, const PacketEvidence& evidence);
 
   /// Finds the length base from bytes that other channels have shown, unless it is known already.
   /// `likelyBase` is the base to expect, if there is a reason to.
@@ -71,6 +76,7 @@ class BroadcastChannel {
   void placeByTime(const CycleClock& before, CycleClock::Fit fit, int index, PacketEvidence& evidence);
   void endRow(int lastIndex, std::int64_t time, PacketEvidence& evidence);
   void forgetCycle();
+  bool isPossible(int offset, std::int64_t time, const PacketEvidence& evidence) const;
 
   BroadcastBase base_;
   BaseMatcher matcher_;
@@ -80,6 +86,7 @@ class BroadcastChannel {
   std::size_t waitingCount_ = 0;
   ValueRow row_;
   OpenRows openRows_;
+  SingleValues singleValues_;
   std::int64_t lastDecoded_ = 0;
   struct {
     int index = -1;

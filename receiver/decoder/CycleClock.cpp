@@ -128,6 +128,17 @@ std::optional<int> CycleClock::indexAt(std::int64_t time, std::int64_t tolerance
   return static_cast<int>(referenceIndex_ + steps);
 }
 
+bool CycleClock::fits(int index, std::int64_t time) const {
+  const std::int64_t residual = time - timeOf(index);
+  return std::abs(residual) <= tolerance() || (period_ != 0 && isMultiple(residual, period_));
+}
+
+std::optional<int> CycleClock::indexInAnyCycle(std::int64_t time, std::int64_t tolerance) const {
+  std::int64_t sinceFirst = time - timeOf(0);
+  if (period_ != 0 && sinceFirst > 0) sinceFirst %= period_;
+  return indexAt(timeOf(0) + sinceFirst, tolerance);
+}
+
 bool CycleClock::explainedBy(std::int64_t period) const {
   if (period_ != 0 && !periodConfirmed_ && !isMultiple(period_, period)) return false;
   return !challenger_ || isMultiple(challenger_->shift, period);

@@ -34,6 +34,16 @@ class CycleClock {
   /// Returns the index whose time is nearest, or nothing when the time is too far off the grid to say.
   std::optional<int> indexAt(std::int64_t time, std::int64_t tolerance) const;
 
+  /// True when a frame of this index at this time continues the timetable, in this cycle or in a later one.
+  bool fits(int index, std::int64_t time) const;
+
+  /// The index that the timetable has at this time, in this cycle or in a later one; nothing when the time is
+  /// too far off the grid to say.
+  std::optional<int> indexInAnyCycle(std::int64_t time, std::int64_t tolerance) const;
+
+  /// Time of the last frame.
+  std::int64_t lastTime() const { return previousTime_; }
+
   /// True when enough frames in a row fitted the grid to rely on indexAt().
   bool steady() const { return !timeless_ && streak_ >= kSteadyStreak; }
 

@@ -1,5 +1,7 @@
 #include "receiver/decoder/MulticastChannel.h"
 
+#include <cstdlib>
+
 #include "receiver/decoder/Breaks.h"
 
 namespace zor::receiver {
@@ -42,14 +44,50 @@ bool MulticastChannel::carries(const MulticastFormat& format, const GroupOctets&
   return group == format.syncGroup || group[0] == format.evenMark || group[0] == format.oddMark;
 }
 
-void MulticastChannel::observe(const GroupOctets& group, int length, std::int64_t time,
-                               PacketEvidence& evidence) {
+void MulticastChannel::observe(const GroupFrame& frame, PacketEvidence& evidence) {
   heard_ = true;
-  if (group == format_->syncGroup) {
-    observeSync(length, evidence);
+  if (frame.group == format_->syncGroup) {
+    observeSync(frame.length, evidence);
   } else {
-    observeData(GroupPair{length, group[0] == format_->oddMark, group[1], group[2]}, time, evidence);
+    observeData(frame, evidence);
   }
+}
+
+bool MulticastChannel::findLength(GroupFrame& frame, int step, bool byTime, const PacketEvidence& evidence) {
+  const bool isSync = frame.group == format_->syncGroup;
+  if (!base_) return isSync && findSyncLength(frame, step);
+  const int shorter = frame.length - step;
+  const bool mayBeShorter = isPossible(frame.group, frame.length, evidence);
+  const bool mayBeLonger = isPossible(frame.group, shorter, evidence);
+  if (!mayBeShorter && !mayBeLonger) return false;
+  bool isLonger = !mayBeShorter;
+  if (mayBeShorter && mayBeLonger) {
+    if (!byTime || !clock_.steady()) return false;
+    isLonger = clock_.fits(shorter, frame.time);
+    if (isLonger == clock_.fits(frame.length, frame.time)) return false;
+    frame.source = Source::length;
+  }
+  if (isLonger) frame.length = shorter;
+  return true;
+}
+
+/// Two sync frames of which only one copy each was heard show both lengths.
+bool MulticastChannel::findSyncLength(GroupFrame& frame, int step) {
+  const int apart = singleSync_ < 0 ? 0 : frame.length - singleSync_;
+  singleSync_ = static_cast<std::int16_t>(frame.length);
+  if (apart == step) frame.length -= step;
+  return std::abs(apart) == step;
+}
+
+/// True when a frame to this group may have this length, as far as the packet is known.
+bool MulticastChannel::isPossible(const GroupOctets& group, int length,
+                                  const PacketEvidence& evidence) const {
+  if (group == format_->syncGroup) return length == *syncLength();
+  const auto fields = evidence.fields(format_->encoding);
+  const int frames = fields ? framesOf(fields->packetLength(format_->encoding)) : wire::kMaxPairs;
+  const int index = length - *base_;
+  if (index < 0 || index >= frames || (index % 2 != 0) != (group[0] == format_->oddMark)) return false;
+  return !evidence.groupExcludes(pieceOf(format_->encoding, 2 * index), group[1]);
 }
 
 std::optional<int> MulticastChannel::syncLength() const {
@@ -70,11 +108,13 @@ void MulticastChannel::observeSync(int length, PacketEvidence& evidence) {
   beginWithBase(base, evidence);
 }
 
-void MulticastChannel::observeData(const GroupPair& pair, std::int64_t time, PacketEvidence& evidence) {
+void MulticastChannel::observeData(const GroupFrame& frame, PacketEvidence& evidence) {
+  const GroupPair pair{frame.length, frame.group[0] == format_->oddMark, frame.group[1], frame.group[2]};
   // Without a base the lengths serve as indices, as the clock looks at differences only.
-  noteFit(clock_, clock_.observe(pair.length, time), Source::group, evidence);
+  if (!frame.isLate || frame.time > clock_.lastTime())
+    noteFit(clock_, clock_.observe(pair.length, frame.time), Source::group, evidence);
   if (!base_) {
-    pending_.keep(pair, momentOf(time));
+    pending_.keep(pair, momentOf(frame.time));
     if (const auto base = pending_.baseOfWholePacket(format_->encoding)) beginWithBase(*base, evidence);
     return;
   }
@@ -84,7 +124,7 @@ void MulticastChannel::observeData(const GroupPair& pair, std::int64_t time, Pac
     base_.reset();
     return;
   }
-  addPair(pair, momentOf(time), evidence);
+  addPair(pair, frame.source, momentOf(frame.time), evidence);
 }
 
 void MulticastChannel::findBase(PacketEvidence& evidence, std::optional<int> likelySyncLength) {
@@ -101,32 +141,33 @@ void MulticastChannel::adoptSyncLength(int syncLength, PacketEvidence& evidence)
   if (!base_) beginWithBase(syncLength + format_->firstFrameOffset, evidence);
 }
 
-void MulticastChannel::addByte(int index, std::uint8_t value, Moment seen, PacketEvidence& evidence) const {
-  evidence.add(pieceOf(format_->encoding, index), value, Source::group, seen);
+void MulticastChannel::addByte(int index, std::uint8_t value, Source source, Moment seen,
+                               PacketEvidence& evidence) const {
+  evidence.add(pieceOf(format_->encoding, index), value, source, seen);
 }
 
-void MulticastChannel::addPair(const GroupPair& pair, Moment seen, PacketEvidence& evidence) {
+void MulticastChannel::addPair(const GroupPair& pair, Source source, Moment seen, PacketEvidence& evidence) {
   const int index = 2 * (pair.length - *base_);
-  addByte(index, pair.first, seen, evidence);
+  addByte(index, pair.first, source, seen, evidence);
   if (format_->encoding == Encoding::version5) {
-    addByte(index + 1, pair.second, seen, evidence);
-    evidence.noteLastByte(index + 1, Source::group);
+    addByte(index + 1, pair.second, source, seen, evidence);
+    if (source == Source::group) evidence.noteLastByte(index + 1, source);
   } else {
-    addSecondByte(LastByte{index + 1, pair.second, true, seen}, evidence);
+    addSecondByte(LastByte{index + 1, pair.second, true, source, seen}, evidence);
   }
 }
 
 void MulticastChannel::addSecondByte(const LastByte& byte, PacketEvidence& evidence) {
   if (byte.index < lastByte_.index) {
-    addByte(byte.index, byte.value, byte.seen, evidence);
+    addByte(byte.index, byte.value, byte.source, byte.seen, evidence);
   } else {
     if (byte.index > lastByte_.index && lastByte_.waits)
-      addByte(lastByte_.index, lastByte_.value, lastByte_.seen, evidence);
+      addByte(lastByte_.index, lastByte_.value, lastByte_.source, lastByte_.seen, evidence);
     lastByte_ = byte;
   }
   const auto fields = evidence.fields(format_->encoding);
   if (!lastByte_.waits || !fields || lastByte_.index >= fields->packetLength(format_->encoding)) return;
-  addByte(lastByte_.index, lastByte_.value, lastByte_.seen, evidence);
+  addByte(lastByte_.index, lastByte_.value, lastByte_.source, lastByte_.seen, evidence);
   lastByte_.waits = false;
 }
 
@@ -134,7 +175,8 @@ void MulticastChannel::beginWithBase(int base, PacketEvidence& evidence) {
   base_ = base;
   lastByte_ = LastByte();
   if (pending_.mayBe(base)) {
-    pending_.forEach([&](const GroupPair& pair, Moment seen) { addPair(pair, seen, evidence); });
+    pending_.forEach(
+        [&](const GroupPair& pair, Moment seen) { addPair(pair, Source::group, seen, evidence); });
   }
   pending_.clear();
 }

@@ -14,6 +14,17 @@ namespace zor::receiver {
 /// The last three octets of an IPv4 group address.
 using GroupOctets = std::array<std::uint8_t, 3>;
 
+/// A multicast frame of an encoding.
+struct GroupFrame {
+  GroupOctets group{};
+  int length = 0;
+  std::int64_t time = 0;
+  /// Source::length when its length was concluded from what else is known.
+  Source source = Source::group;
+  /// Later frames may have been heard before.
+  bool isLate = false;
+};
+
 /// What the multicast frames of an encoding look like.
 struct MulticastFormat {
   Encoding encoding;
@@ -40,7 +51,11 @@ class MulticastChannel {
   static bool carries(const MulticastFormat& format, const GroupOctets& group);
 
   /// Takes a frame of this encoding.
-  void observe(const GroupOctets& group, int length, std::int64_t time, PacketEvidence& evidence);
+  void observe(const GroupFrame& frame, PacketEvidence& evidence);
+
+  /// Of a frame that was sent with its length or with one that is `step` shorter: gives it the shorter length
+  /// of both copies, if what is known leaves only one, its time included if `byTime`. Returns false if not.
+  bool findLength(GroupFrame& frame, int step, bool byTime, const PacketEvidence& evidence);
 
   /// Finds the length base from bytes that other channels have shown, unless it is known already.
   /// `likelySyncLength` is the length of a sync frame to expect, if there is a reason to.
@@ -76,13 +91,16 @@ class MulticastChannel {
     int index = -1;
     std::uint8_t value = 0;
     bool waits = false;  ///< Until the lengths or a later frame show that it is not padding.
+    Source source = Source::group;
     Moment seen = 0;
   };
 
   void observeSync(int length, PacketEvidence& evidence);
-  void observeData(const GroupPair& pair, std::int64_t time, PacketEvidence& evidence);
-  void addPair(const GroupPair& pair, Moment seen, PacketEvidence& evidence);
-  void addByte(int index, std::uint8_t value, Moment seen, PacketEvidence& evidence) const;
+  void observeData(const GroupFrame& frame, PacketEvidence& evidence);
+  void addPair(const GroupPair& pair, Source source, Moment seen, PacketEvidence& evidence);
+  void addByte(int index, std::uint8_t value, Source source, Moment seen, PacketEvidence& evidence) const;
+  bool findSyncLength(GroupFrame& frame, int step);
+  bool isPossible(const GroupOctets& group, int length, const PacketEvidence& evidence) const;
   void addSecondByte(const LastByte& byte, PacketEvidence& evidence);
   void beginWithBase(int base, PacketEvidence& evidence);
 
@@ -91,6 +109,7 @@ class MulticastChannel {
   std::optional<int> base_;  ///< Length of data frame 0.
   bool heard_ = false;
   std::uint8_t syncsToAgree_ = 0;  ///< Before the base is believed again.
+  std::int16_t singleSync_ = -1;   ///< Length of a sync frame that may be either copy; negative for none.
   LastByte lastByte_;
   PendingPairs pending_;
 };

@@ -190,6 +190,11 @@ bool PacketEvidence::excludes(int piece, std::uint8_t value) const {
   return seen.value != value && seen.votes > 0 && ((seen.flags & kInGroup) != 0 || seen.votes >= needed);
 }
 
+bool PacketEvidence::groupExcludes(int piece, std::uint8_t value) const {
+  const Cell& seen = cell(piece);
+  return seen.value != value && (seen.flags & kInGroup) != 0;
+}
+
 std::optional<PacketFields> PacketEvidence::fields(Encoding encoding) const {
   const Cell& head = cell(wire::kVersion5Head);
   const Cell& ssid = cell(wire::kVersion5SsidLength);
@@ -271,14 +276,15 @@ std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding en
   const int maxDoubtfulLengths = !confirmed ? 0 : quiet && !byOrder ? 3 : 1;
   if (doubtfulLengths > maxDoubtfulLengths) return std::nullopt;
   const std::span<const std::uint8_t> bytes(packet.data(), static_cast<std::size_t>(length));
+  const bool beyondEnd = encoding == Encoding::version5 && exceeds(length);
   if (crcHolds(encoding, bytes)) {
-    if (encoding == Encoding::version3 || !exceeds(length)) return readCredentials(encoding, fields, bytes);
+    if (!beyondEnd) return readCredentials(encoding, fields, bytes);
     restart();
   } else if (doubtful == 1 && doubtfulLengths == 0) {
     cell(doubtfulPiece) = Cell();
     --knownCount_;
     ++changes_;
-  } else if (rejected != nullptr && rejectedAt_ != changes_) {
+  } else if (!beyondEnd && rejected != nullptr && rejectedAt_ != changes_) {
     rejectedAt_ = changes_;
     *rejected = readCredentials(encoding, fields, bytes);
   }

@@ -74,6 +74,9 @@ class PacketEvidence {
   /// True when the byte is certain enough to say that it does not have this value.
   bool excludes(int piece, std::uint8_t value) const;
 
+  /// True when a group showed another value.
+  bool groupExcludes(int piece, std::uint8_t value) const;
+
   int knownCount() const { return knownCount_; }
 
   /// When the first of the pieces was learnt. There must be one.

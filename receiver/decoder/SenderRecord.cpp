@@ -36,10 +36,16 @@ Timetable judge(const CycleClock& clock, std::int64_t cycle) {
 
 std::optional<Credentials> SenderRecord::observe(const Observation& observation,
                                                  std::optional<Credentials>* rejected) {
-  const auto sorted = overheads_.observe(observation);
+  auto sorted = overheads_.observe(observation);
   if (overheads_.takeChange()) forget();
-  const auto resolved = sorted ? resolve(*sorted) : std::nullopt;
-  return resolved ? take(*resolved, rejected) : std::nullopt;
+  if (overheads_.holds() && observation.destination == wire::kBroadcastAddress) return std::nullopt;
+  if (!sorted) return std::nullopt;
+  if (!sorted->isSingle) {
+    read(sorted->frame, sorted->isLate);
+  } else if (!readSingle(sorted->frame)) {
+    return std::nullopt;
+  }
+  return conclude(rejected);
 }
 
 void SenderRecord::forget() {
@@ -52,30 +58,30 @@ void SenderRecord::forget() {
   settledVersion3_.reset();
 }
 
-/// Returns the frame as the phone has sent it. Of one that came singly the time tells the index, and so which
-/// copy it is; nothing tells that of a value frame.
-std::optional<Observation> SenderRecord::resolve(const TwoOverheads::Sorted& sorted) const {
-  if (!sorted.isSingle) return sorted.frame;
-  const MacAddress& to = sorted.frame.destination;
-  const bool version5 = MulticastChannel::carries(kVersion5Multicast, {to[3], to[4], to[5]});
-  const bool isBroadcast = to == wire::kBroadcastAddress;
-  const CycleClock& clock = isBroadcast ? broadcast_.clock()
-                            : version5  ? version5_.clock()
-                                        : version3_.clock();
-  if (!clock.steady() || (isBroadcast && !broadcast_.base())) return std::nullopt;
-  auto length = clock.indexAt(sorted.frame.timeMicroseconds, clock.tolerance());
-  if (!length) return std::nullopt;
-  if (isBroadcast) *length += *broadcast_.base() + wire::kPositionOffset;
-  const int relayed = *length + overheads_.step();
-  if (sorted.frame.frameLength != *length && sorted.frame.frameLength != relayed) return std::nullopt;
-  Observation frame = sorted.frame;
-  frame.frameLength = *length;
-  return frame;
+/// Takes a frame whose other copy was not heard, if only one of both lengths is possible.
+bool SenderRecord::readSingle(const Observation& frame) {
+  const MacAddress& to = frame.destination;
+  if (to == wire::kBroadcastAddress) {
+    const auto length =
+        broadcast_.shorterLength(frame.frameLength, overheads_.step(), frame.timeMicroseconds, evidence_);
+    if (length) broadcast_.observe(*length, frame.timeMicroseconds, evidence_);
+    return length.has_value();
+  }
+  GroupFrame group{{to[3], to[4], to[5]}, frame.frameLength, frame.timeMicroseconds};
+  MulticastChannel& channel = channelOf(group.group);
+  const bool holds = overheads_.holds();
+  if (!channel.findLength(group, overheads_.step(), !holds, evidence_)) return false;
+  if (holds) group.source = Source::length;
+  if (group.source == Source::length) evidence_.noteStray();
+  channel.observe(group, evidence_);
+  return true;
 }
 
-std::optional<Credentials> SenderRecord::take(const Observation& observation,
-                                              std::optional<Credentials>* rejected) {
-  read(observation);
+MulticastChannel& SenderRecord::channelOf(const GroupOctets& group) {
+  return MulticastChannel::carries(kVersion5Multicast, group) ? version5_ : version3_;
+}
+
+std::optional<Credentials> SenderRecord::conclude(std::optional<Credentials>* rejected) {
   shareTimelessness();
   findBases();
   broadcast_.placeLate(evidence_);
@@ -94,18 +100,14 @@ bool SenderRecord::isPromising() const {
   return fields && 2 * evidence_.knownCount() >= fields->packetLength(Encoding::version3);
 }
 
-void SenderRecord::read(const Observation& observation) {
-  const int length = observation.frameLength;
-  const std::int64_t time = observation.timeMicroseconds;
-  const MacAddress& to = observation.destination;
+void SenderRecord::read(const Observation& frame, bool isLate) {
+  const MacAddress& to = frame.destination;
+  if (to == wire::kBroadcastAddress)
+    return broadcast_.observe(frame.frameLength, frame.timeMicroseconds, evidence_);
+  const Source source = overheads_.holds() ? Source::length : Source::group;
+  if (source == Source::length) evidence_.noteStray();
   const GroupOctets group{to[3], to[4], to[5]};
-  if (to == wire::kBroadcastAddress) {
-    broadcast_.observe(length, time, evidence_);
-  } else if (MulticastChannel::carries(kVersion5Multicast, group)) {
-    version5_.observe(group, length, time, evidence_);
-  } else {
-    version3_.observe(group, length, time, evidence_);
-  }
+  channelOf(group).observe({group, frame.frameLength, frame.timeMicroseconds, source, isLate}, evidence_);
 }
 
 void SenderRecord::shareTimelessness() {

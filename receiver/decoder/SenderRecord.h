@@ -29,10 +29,11 @@ class SenderRecord {
   SenderProgress progress() const;
 
  private:
-  std::optional<Credentials> take(const Observation& observation, std::optional<Credentials>* rejected);
-  std::optional<Observation> resolve(const TwoOverheads::Sorted& sorted) const;
+  std::optional<Credentials> conclude(std::optional<Credentials>* rejected);
+  MulticastChannel& channelOf(const GroupOctets& group);
   void forget();
-  void read(const Observation& observation);
+  void read(const Observation& frame, bool isLate);
+  bool readSingle(const Observation& frame);
   void shareTimelessness();
   void noteSilence(const CycleClock& clock, Source source);
   void findBases();

@@ -10,7 +10,7 @@ namespace {
 constexpr double kHalfLife = 96;
 
 /// After this many frames a phone has shown something of its packet.
-constexpr unsigned kFruitless = 255;
+constexpr std::uint32_t kFruitless = 255;
 
 // Premiums on a record, in powers of two: a newcomer needs half as much again, four times as much where there
 // is something to lose, and hardly anything where a record came to nothing.
@@ -43,16 +43,18 @@ std::size_t SenderTable::find(std::uint64_t address) const {
 /// Of those without a record.
 std::size_t SenderTable::longestSilent() const {
   const auto first = senders_.begin() + kRecords;
-  const auto silent = std::min_element(
-      first, senders_.end(), [](const Sender& a, const Sender& b) { return a.lastHeard < b.lastHeard; });
+  const auto now = static_cast<std::uint32_t>(frames_);
+  const auto silent = std::max_element(first, senders_.end(), [=](const Sender& a, const Sender& b) {
+    return now - a.lastHeard < now - b.lastHeard;
+  });
   return static_cast<std::size_t>(silent - senders_.begin());
 }
 
 void SenderTable::count(Sender& sender) const {
   const double age = static_cast<double>(frames_) / kHalfLife;
-  const double points = sender.lastHeard == 0 ? 0 : std::exp2(sender.worth - age);
+  const double points = std::exp2(sender.worth - age);
   sender.worth = std::log2(points + 1) + age;
-  sender.lastHeard = frames_;
+  sender.lastHeard = static_cast<std::uint32_t>(frames_);
   sender.heard = std::min(sender.heard + 1, kFruitless);
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -59,10 +60,11 @@ class SenderTable {
 
   struct Sender {
     std::uint64_t address = 0;
-    double worth = 0;  ///< Base-2 logarithm of the points, plus the age of the table in half-lives: so it
-                       ///< does not change while nothing is heard of the sender.
-    std::uint64_t lastHeard = 0;  ///< In frames of anyone.
-    unsigned heard = 0;           ///< Frames since it has its record, up to kFruitless.
+    /// Base-2 logarithm of the points, plus the age of the table in half-lives: so it does not change while
+    /// nothing is heard of the sender.
+    double worth = -std::numeric_limits<double>::infinity();
+    std::uint32_t lastHeard = 0;  ///< In frames of anyone, modulo its range.
+    std::uint32_t heard = 0;      ///< Frames since it has its record, up to kFruitless.
   };
 
   static std::uint64_t keyOf(const MacAddress& address);

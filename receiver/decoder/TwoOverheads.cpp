@@ -12,17 +12,35 @@ namespace {
 /// the same destination lie further apart.
 constexpr std::int64_t kRelayedWithin = 7'000;
 
+/// An access point that holds frames relays them within this time.
+constexpr std::int64_t kHeldWithin = wire::kLongestHold + 100'000;
+
 /// Headers for quality of service and for encryption take less.
 constexpr int kMaxStep = 64;
 
-constexpr int kVotesOfCopy = 4;
-constexpr int kMaxVotes = 40;
+// A copy gives votes to its step, every other frame takes one.
+constexpr int kVotesOfCopy = 16;
+constexpr int kVotesToBelieve = 24;
+
+/// Where both copies are rarely heard, many frames come between two pairs.
+constexpr int kMaxVotes = 96;
+
+/// A frame that an access point holds is now and then released at once. In turn a copy that was not held may
+/// look like one that was, when the frame between them was lost and its group comes again.
+constexpr int kLateCopiesOfNoHold = 8;
+constexpr int kMaxLateCopies = 24;
+
+constexpr GroupOctets kBroadcastOctets = {0xff, 0xff, 0xff};
+
+bool isStep(int step) {
+  return step != 0 && step <= kMaxStep;
+}
+
+bool isSync(const GroupOctets& group) {
+  return group == wire::kVersion5SyncGroup || group == wire::kVersion3MarkerGroup;
+}
 
 }  // namespace
-
-TwoOverheads::Channel& TwoOverheads::channelOf(const Observation& frame) {
-  return frame.destination == wire::kBroadcastAddress ? broadcast_ : multicast_;
-}
 
 bool TwoOverheads::takeChange() {
   const bool changed = changed_;
@@ -31,24 +49,106 @@ bool TwoOverheads::takeChange() {
 }
 
 std::optional<TwoOverheads::Sorted> TwoOverheads::observe(const Observation& frame) {
-  Channel& channel = channelOf(frame);
-  const int step = frame.frameLength - channel.last.frameLength;
-  const bool close = channel.heard && frame.timeMicroseconds - channel.last.timeMicroseconds < kRelayedWithin;
-  const bool isCopy = close && channel.apart && channel.last.destination == frame.destination && step != 0 &&
-                      std::abs(step) <= kMaxStep;
-  const bool wasActive = active();
-  if (isCopy && votes_ == 0) step_ = step;
-  const bool agrees = isCopy && step == step_;
-  votes_ = std::clamp(votes_ + (agrees ? kVotesOfCopy : isCopy ? -kVotesOfCopy : -1), 0, kMaxVotes);
-  if (wasActive != active()) {
-    changed_ = true;
-    multicast_.kept = broadcast_.kept = false;
+  const MacAddress& to = frame.destination;
+  Heard heard{frame.timeMicroseconds, static_cast<std::int16_t>(frame.frameLength), {to[3], to[4], to[5]}};
+  if (isRepetition(heard)) return active_ ? std::nullopt : std::optional(Sorted{frame});
+  learn(heard);
+  Heard* copy = active_ ? findCopy(heard) : nullptr;
+  const bool isLate = copy != nullptr && heard.time - copy->time >= kRelayedWithin;
+  if (copy != nullptr && heard.group != kBroadcastOctets) noteDelay(isLate);
+  if (isLate && !holds()) copy = nullptr;
+  Sorted sorted{frame, active_ && copy == nullptr, isLate && copy != nullptr};
+  if (copy != nullptr) {
+    sorted.frame.timeMicroseconds = copy->time;
+    sorted.frame.frameLength = std::min(copy->length, heard.length);
+    copy->paired = heard.paired = true;
+    votes_ = kMaxVotes;
   }
-  const Channel before = channel;
-  channel = Channel{frame, true, active() && !(agrees && before.kept), !close};
-  if (!active()) return Sorted{frame, false};
-  if (!before.kept) return std::nullopt;
-  return Sorted{before.last, !agrees};
+  keep(heard);
+  return sorted;
+}
+
+/// The latest frame of the same channel.
+const TwoOverheads::Heard& TwoOverheads::latest(const GroupOctets& group) const {
+  if (group == kBroadcastOctets) return broadcast_;
+  return groupFrames_[(next_ + kMaxGroupFrames - 1) % kMaxGroupFrames];
+}
+
+/// The same frame again, as a transmitter sends it that missed the acknowledgement.
+bool TwoOverheads::isRepetition(const Heard& frame) const {
+  const Heard& last = latest(frame.group);
+  return last.length == frame.length && last.group == frame.group && frame.time - last.time < kRelayedWithin;
+}
+
+void TwoOverheads::learn(const Heard& frame) {
+  const Heard& last = latest(frame.group);
+  const std::int64_t elapsed = frame.time - last.time;
+  const int step = std::abs(frame.length - last.length);
+  if (last.length >= 0 && last.group == frame.group && isStep(step) && elapsed < kRelayedWithin && last.apart)
+    return believe(step, kVotesOfCopy);
+  if (const int held = isSync(frame.group) ? stepOfHeldSync(frame) : 0; held != 0)
+    return believe(held, kVotesToBelieve);
+  doubt();
+}
+
+/// The step to a sync frame of another length that came lately, 0 if there is none. All sync frames of a run
+/// have one length.
+int TwoOverheads::stepOfHeldSync(const Heard& frame) const {
+  for (const Heard& earlier : groupFrames_) {
+    const int step = std::abs(frame.length - earlier.length);
+    const bool recent = earlier.length >= 0 && frame.time - earlier.time < kHeldWithin;
+    if (recent && earlier.group == frame.group && !earlier.paired && isStep(step)) return step;
+  }
+  return 0;
+}
+
+void TwoOverheads::believe(int step, int votes) {
+  if (step != step_ && votes_ > 0) return doubt();
+  step_ = static_cast<std::int16_t>(step);
+  votes_ = static_cast<std::uint8_t>(votes_ + votes);
+  if (!active_ && votes_ < kVotesToBelieve) return;
+  votes_ = kMaxVotes;
+  changed_ = changed_ || !active_;
+  active_ = true;
+}
+
+void TwoOverheads::doubt() {
+  if (votes_ == 0 || --votes_ > 0 || !active_) return;
+  active_ = false;
+  changed_ = true;
+}
+
+void TwoOverheads::noteDelay(bool isLate) {
+  const int late = isLate ? late_ + 1 : late_ - kLateCopiesOfNoHold;
+  late_ = static_cast<std::int8_t>(std::clamp(late, 0, kMaxLateCopies));
+}
+
+bool TwoOverheads::isCopy(const Heard& earlier, const Heard& frame) const {
+  return earlier.length >= 0 && !earlier.paired && earlier.group == frame.group &&
+         std::abs(frame.length - earlier.length) == step_;
+}
+
+TwoOverheads::Heard* TwoOverheads::findCopy(const Heard& frame) {
+  if (frame.group == kBroadcastOctets) {
+    const bool close = broadcast_.apart && frame.time - broadcast_.time < kRelayedWithin;
+    return close && isCopy(broadcast_, frame) ? &broadcast_ : nullptr;
+  }
+  Heard* latest = nullptr;
+  for (Heard& earlier : groupFrames_) {
+    if (!isCopy(earlier, frame) || frame.time - earlier.time >= kHeldWithin) continue;
+    if (latest == nullptr || earlier.time > latest->time) latest = &earlier;
+  }
+  return latest;
+}
+
+void TwoOverheads::keep(const Heard& frame) {
+  const bool isBroadcast = frame.group == kBroadcastOctets;
+  const Heard& last = latest(frame.group);
+  const bool apart = last.length < 0 || frame.time - last.time >= kRelayedWithin;
+  Heard& place = isBroadcast ? broadcast_ : groupFrames_[next_];
+  place = frame;
+  place.apart = apart;
+  if (!isBroadcast) next_ = static_cast<std::uint8_t>((next_ + 1) % kMaxGroupFrames);
 }
 
 }  // namespace zor::receiver

@@ -60,7 +60,7 @@ class OpenRows {
   void clear() { count_ = 0; }
 
  private:
-  static constexpr std::size_t kMaxRows = 12;
+  static constexpr std::size_t kMaxRows = 6;
 
   std::array<ValueRow, kMaxRows> rows_{};  ///< In the order in which they were heard.
   std::size_t count_ = 0;
