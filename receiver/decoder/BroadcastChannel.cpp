@@ -42,6 +42,7 @@ void BroadcastChannel::restart() {
 void BroadcastChannel::forgetCycle() {
   clock_.restart();
   lastDecoded_ = INT64_MIN / 2;
+  shortGaps_ = 0;
   lastPosition_ = {};
   positionLast_ = false;
   waitingCount_ = 0;
@@ -115,7 +116,7 @@ void BroadcastChannel::beginWithBase(PacketEvidence& evidence) {
 void BroadcastChannel::decode(int length, std::int64_t time, PacketEvidence& evidence) {
   const int offset = length - *base_.base();
   if (offset < wire::kSync1Offset || offset > wire::kSync2Offset) {
-    evidence.noteStray();
+    evidence.noteForeign();
     return;
   }
   noticeBurst(time, evidence);
@@ -129,7 +130,9 @@ void BroadcastChannel::decode(int length, std::int64_t time, PacketEvidence& evi
 }
 
 void BroadcastChannel::noticeBurst(std::int64_t time, PacketEvidence& evidence) {
-  if (time - lastDecoded_ < kBurstWithin) {
+  shortGaps_ = time - lastDecoded_ < kBurstWithin ? shortGaps_ + 1 : 0;
+  if (shortGaps_ == 1) clock_.noteCloseFrames();
+  if (shortGaps_ > 1) {
     const bool timeless = clock_.timeless();
     clock_.noteBurst();
     if (clock_.timeless() && !timeless) evidence.dropLengthPieces();

@@ -88,6 +88,7 @@ class BroadcastChannel {
   OpenRows openRows_;
   SingleValues singleValues_;
   std::int64_t lastDecoded_ = 0;
+  int shortGaps_ = 0;  ///< In a row.
   struct {
     int index = -1;
     std::int64_t time = 0;

@@ -27,6 +27,7 @@ constexpr std::int64_t kBurstContrast = 3;
 
 /// Even steps speak against bursts; one uneven step outweighs this many of them.
 constexpr int kUnevenStep = 8;
+constexpr int kCloseFrames = 4;
 constexpr int kUnevennessOfBursts = 4 * kUnevenStep;
 
 /// A frame that does not fit outweighs this many that fit.
@@ -62,6 +63,10 @@ void CycleClock::noteBurst() {
   if (wasSteady) return;
   unevenness_ = std::min(unevenness_ + kUnevenStep, kUnevennessOfBursts);
   timeless_ = timeless_ || unevenness_ >= kUnevennessOfBursts;
+}
+
+void CycleClock::noteCloseFrames() {
+  if (!steady()) unevenness_ = std::min(unevenness_ + kCloseFrames, kUnevennessOfBursts);
 }
 
 void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace) {

@@ -59,6 +59,9 @@ class CycleClock {
   /// clock is steady() again only after another row of fitting frames.
   void noteBurst();
 
+  /// The same of two frames only, of which one may be a stray.
+  void noteCloseFrames();
+
   /// True when the last frame was an outlier.
   bool hasOutlier() const { return challenger_.has_value(); }
 
@@ -107,22 +110,22 @@ class CycleClock {
 
   std::int64_t pace_;
   int paceSpan_;  ///< Number of indices over which the pace was measured.
-  bool started_ = false;
   int streak_ = 0;
   int referenceIndex_ = 0;
   std::int64_t referenceTime_ = 0;
-  int cycleFirstIndex_ = 0;
   std::int64_t cycleFirstTime_ = 0;
   std::int64_t period_ = 0;
-  bool periodConfirmed_ = false;
   std::optional<Challenger> challenger_;
   std::int64_t measuredPace_ = 0;
-  int unevenness_ = 0;
   std::optional<std::int64_t> silenceEnd_;
-  int breaks_ = 0;
-  bool timeless_ = false;
-  int previousIndex_ = 0;
   std::int64_t previousTime_ = 0;
+  int previousIndex_ = 0;
+  int cycleFirstIndex_ = 0;
+  int unevenness_ = 0;
+  int breaks_ = 0;
+  bool started_ = false;
+  bool periodConfirmed_ = false;
+  bool timeless_ = false;
 };
 
 }  // namespace zor::receiver

@@ -45,7 +45,7 @@ class FrameHistory {
   };
 
   /// Room for most of a cycle of the longest packet.
-  static constexpr std::size_t kMaxFrames = 128;
+  static constexpr std::size_t kMaxFrames = 120;
   static constexpr std::int64_t kUnit = 100;  ///< Microseconds.
 
   /// `i` counts from the oldest frame.

@@ -60,6 +60,7 @@ void PacketEvidence::restart() {
   PacketEvidence fresh;
   fresh.changes_ = changes_ + 1;
   fresh.strays_ = strays_;
+  fresh.foreign_ = foreign_;
   fresh.restarted_ = true;
   *this = fresh;
 }
@@ -158,6 +159,7 @@ void PacketEvidence::noteBreak(Source source, Moment at, bool provisional) {
 }
 
 void PacketEvidence::excuseBreaks() {
+  timeless_ = true;
   joinStretches(0);
 }
 
@@ -170,7 +172,7 @@ void PacketEvidence::dropLengthPieces() {
   }
   lastInLengths_ = -1;
   disorder_ = 0;
-  strays_ = false;
+  strays_ = foreign_;
 }
 
 void PacketEvidence::noteLastByte(int index, Source source) {
@@ -275,6 +277,7 @@ std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding en
   const bool confirmed = lengthConfirmed(length) && disorder_ == 0;
   const int maxDoubtfulLengths = !confirmed ? 0 : quiet && !byOrder ? 3 : 1;
   if (doubtfulLengths > maxDoubtfulLengths) return std::nullopt;
+  if (byOrder && !timeless_ && doubtful + doubtfulLengths > 1) return std::nullopt;
   const std::span<const std::uint8_t> bytes(packet.data(), static_cast<std::size_t>(length));
   const bool beyondEnd = encoding == Encoding::version5 && exceeds(length);
   if (crcHolds(encoding, bytes)) {

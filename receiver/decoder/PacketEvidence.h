@@ -47,7 +47,10 @@ class PacketEvidence {
   /// multicast frame carries two bytes, so its index tells the length only roughly.
   void noteLastByte(int index, Source source);
 
-  /// One of this sender's broadcasts was not part of the encoding, so others may not be either.
+  /// One of this sender's broadcasts was not part of the encoding by its length, so others may not be either.
+  void noteForeign() { strays_ = foreign_ = true; }
+
+  /// The same by its time or its place, which may have other reasons.
   void noteStray() { strays_ = true; }
 
   /// Broadcasts were heard out of order, so what follows from their order has to be seen more often.
@@ -135,8 +138,10 @@ class PacketEvidence {
   int knownCount_ = 0;
   unsigned changes_ = 0;
   bool strays_ = false;
+  bool foreign_ = false;
   int disorder_ = 0;
   bool restarted_ = false;
+  bool timeless_ = false;
   std::array<Break, kMaxBreaks + 1> breaks_{};  ///< At the beginning of each stretch but the first.
   int stretch_ = 0;                             ///< Number of breaks so far.
   int crcAgrees_ = -1;      ///< Stretch in which the CRC had the value that it has in the present one, or -1.

@@ -20,7 +20,8 @@ constexpr int kMaxStep = 64;
 
 // A copy gives votes to its step, every other frame takes one.
 constexpr int kVotesOfCopy = 16;
-constexpr int kVotesToBelieve = 24;
+constexpr int kVotesOfBroadcastCopy = 8;  // Two frames of a burst look like copies more often.
+constexpr int kVotesToBelieve = 30;
 
 /// Where both copies are rarely heard, many frames come between two pairs.
 constexpr int kMaxVotes = 96;
@@ -82,13 +83,18 @@ bool TwoOverheads::isRepetition(const Heard& frame) const {
 
 void TwoOverheads::learn(const Heard& frame) {
   const Heard& last = latest(frame.group);
-  const std::int64_t elapsed = frame.time - last.time;
+  std::int16_t& candidate = frame.group == kBroadcastOctets ? broadcastStep_ : groupStep_;
+  const bool close = last.length >= 0 && frame.time - last.time < kRelayedWithin;
+  const int pair = close ? 0 : candidate;
   const int step = std::abs(frame.length - last.length);
-  if (last.length >= 0 && last.group == frame.group && isStep(step) && elapsed < kRelayedWithin && last.apart)
-    return believe(step, kVotesOfCopy);
-  if (const int held = isSync(frame.group) ? stepOfHeldSync(frame) : 0; held != 0)
-    return believe(held, kVotesToBelieve);
-  doubt();
+  candidate =
+      static_cast<std::int16_t>(close && last.apart && last.group == frame.group && isStep(step) ? step : 0);
+  if (pair != 0) believe(pair, frame.group == kBroadcastOctets ? kVotesOfBroadcastCopy : kVotesOfCopy);
+  if (const int held = isSync(frame.group) ? stepOfHeldSync(frame) : 0; held != 0) {
+    believe(held, kVotesToBelieve);
+  } else if (pair == 0) {
+    doubt();
+  }
 }
 
 /// The step to a sync frame of another length that came lately, 0 if there is none. All sync frames of a run
@@ -103,7 +109,10 @@ int TwoOverheads::stepOfHeldSync(const Heard& frame) const {
 }
 
 void TwoOverheads::believe(int step, int votes) {
-  if (step != step_ && votes_ > 0) return doubt();
+  if (step != step_ && votes_ > 0) {
+    votes_ = static_cast<std::uint8_t>(std::max(votes_ - kVotesOfCopy, 1));
+    return doubt();
+  }
   step_ = static_cast<std::int16_t>(step);
   votes_ = static_cast<std::uint8_t>(votes_ + votes);
   if (!active_ && votes_ < kVotesToBelieve) return;

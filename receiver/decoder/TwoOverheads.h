@@ -67,6 +67,8 @@ class TwoOverheads {
   std::uint8_t next_ = 0;
   std::uint8_t votes_ = 0;
   std::int16_t step_ = 0;
+  std::int16_t groupStep_ = 0;      ///< Of the last two group frames if they look like copies; 0 if not.
+  std::int16_t broadcastStep_ = 0;  ///< The same of broadcasts.
   bool active_ = false;
   bool changed_ = false;
   std::int8_t late_ = 0;  ///< Copies that came late, less those that did not.

@@ -14,7 +14,7 @@ constexpr std::int64_t kMaxDelay = wire::kPauses[0] + wire::kLongestHold;
 void ValueRow::begin(std::optional<int> after, std::int64_t time) {
   after_.reset();
   if (after) after_ = static_cast<std::int16_t>(*after);
-  startTime_ = time;
+  time_ = momentOf(time);
   placed_ = 0;
   count_ = 0;
 }
@@ -34,8 +34,9 @@ bool ValueRow::end(int index, std::int64_t time, int packetLength, std::int64_t 
   if (!sameCycle && packetLength == 0) return false;
   modulus_ = static_cast<std::int16_t>(sameCycle ? wire::kMaxPacketBytes : packetLength);
   last_ = static_cast<std::int16_t>(sameCycle ? index : index + packetLength);
-  seen_ = momentOf(time);
-  return time - startTime_ <= (last_ - *after_ + 1) * pace + kMaxDelay;
+  const Moment start = time_;
+  time_ = momentOf(time);
+  return time_ - start <= momentOf((last_ - *after_ + 1) * pace + kMaxDelay);
 }
 
 bool ValueRow::place(PacketEvidence& evidence) {
@@ -65,7 +66,7 @@ bool ValueRow::place(PacketEvidence& evidence) {
       settled = false;
     } else if ((placed_ & bit) == 0) {
       placed_ |= bit;
-      evidence.addByOrder(index % modulus_, values_[i], seen_);
+      evidence.addByOrder(index % modulus_, values_[i], time_);
     }
   }
   return settled;

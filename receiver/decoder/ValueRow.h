@@ -37,8 +37,7 @@ class ValueRow {
  private:
   static constexpr std::size_t kMaxValues = 8;
 
-  std::int64_t startTime_ = 0;
-  Moment seen_ = 0;
+  Moment time_ = 0;  ///< Of the frame before the values; once the row has ended, of the one after them.
   std::optional<std::int16_t> after_;
   std::int16_t last_ = 0;     ///< Index of the position frame after the values, plus modulus_ if it is of the
                               ///< next cycle.
@@ -60,7 +59,7 @@ class OpenRows {
   void clear() { count_ = 0; }
 
  private:
-  static constexpr std::size_t kMaxRows = 6;
+  static constexpr std::size_t kMaxRows = 12;
 
   std::array<ValueRow, kMaxRows> rows_{};  ///< In the order in which they were heard.
   std::size_t count_ = 0;
