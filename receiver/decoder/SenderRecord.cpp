@@ -196,7 +196,8 @@ SenderProgress SenderRecord::progress() const {
     progress.bytesTotal = version3->packetLength(Encoding::version3);
   }
   const int known = evidence_.knownCount();
-  progress.bytesKnown = progress.bytesTotal == 0 ? known : std::min(known, progress.bytesTotal);
+  const int total = progress.bytesTotal == 0 ? wire::kMaxPacketBytes : progress.bytesTotal;
+  progress.bytesKnown = std::min(known, total);
   progress.reported = reportedTexts_.has_value();
   return progress;
 }
