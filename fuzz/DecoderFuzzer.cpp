@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <array>
 #include <string>
+#include <vector>
 
 #include "fuzz/Fuzz.h"
 #include "tests/support/RunOnAir.h"
@@ -10,6 +12,74 @@ using zor::receiver::MacAddress;
 using zor::receiver::Observation;
 
 namespace {
+
+constexpr MacAddress kNeighbour = {2, 0, 0, 0, 0, 9};
+constexpr std::size_t kMostFrames = 400;  ///< Of a run; the longest one is decoded after 300.
+constexpr std::size_t kMany = 8;          ///< Frames of a run, or strangers with one frame each.
+
+/// The frames of one cycle of one channel, which a run repeats without end.
+class Cycle final : public zor::Air {
+ public:
+  bool cancelled() override { return false; }
+  std::int32_t send(const char* destination, std::int32_t length) override {
+    frames_.push_back(observed({periodMs_, destination, length}));
+    return length;
+  }
+  void wait(const ZorTunable& interval) override { wait(std::int32_t{interval}); }
+  void wait(std::int32_t milliseconds) override { periodMs_ += milliseconds; }
+
+  bool empty() const { return frames_.empty(); }
+  Observation frame(std::size_t number) const {
+    Observation frame = frames_[number % frames_.size()];
+    frame.timeMicroseconds +=
+        static_cast<std::int64_t>(number / frames_.size()) * periodMs_ * kMicrosecondsPerMs;
+    return frame;
+  }
+
+ private:
+  static constexpr std::int64_t kMicrosecondsPerMs = 1000;
+
+  std::vector<Observation> frames_;
+  std::int64_t periodMs_ = 0;
+};
+
+/// The frames of an endless run, one after the other.
+class EndlessRun {
+ public:
+  EndlessRun(const RunTexts& texts, RunKind kind) {
+    s_ZorSmart5_McLoopRepeat = s_ZorSmart5_BcLoopRepeat = 1;
+    const zor::SenderInputs inputs = texts.inputs();
+    if (kind == RunKind::version3) {
+      zor::sendCycleV3(multicast_, zor::buildPacketV3(inputs), zor::NoSocket::isIgnored);
+      return;
+    }
+    const zor::PacketV5 packet = zor::buildPacketV5(inputs);
+    const zor::PacketV3 mixed = kind == RunKind::mixed ? zor::buildPacketV3(inputs) : zor::PacketV3();
+    if (kind != RunKind::broadcast) zor::sendMulticastBlock(multicast_, packet, mixed);
+    if (kind != RunKind::multicast) zor::sendBroadcastBlock(broadcast_, packet);
+  }
+
+  Observation frame() const {
+    return isMulticast() ? multicast_.frame(multicasts_) : broadcast_.frame(broadcasts_);
+  }
+  void next() { ++(isMulticast() ? multicasts_ : broadcasts_); }
+
+ private:
+  bool isMulticast() const {
+    if (multicast_.empty() || broadcast_.empty()) return broadcast_.empty();
+    return multicast_.frame(multicasts_).timeMicroseconds <= broadcast_.frame(broadcasts_).timeMicroseconds;
+  }
+
+  Cycle multicast_, broadcast_;
+  std::size_t multicasts_ = 0, broadcasts_ = 0;
+};
+
+std::vector<Observation> firstFrames(const RunTexts& texts, int count) {
+  EndlessRun run(texts, RunKind::both);
+  std::vector<Observation> frames;
+  for (; count > 0; --count, run.next()) frames.push_back(run.frame());
+  return frames;
+}
 
 void requireSound(const Credentials& credentials) {
   require(credentials.ssid.size() <= 32 && credentials.passPhrase.size() <= 64);
@@ -42,47 +112,86 @@ Observation anyFrame(FuzzedDataProvider& data, std::int64_t timeMicroseconds) {
   return frame;
 }
 
-/// What happens to the next frame of the run. Those from `stray` on can forge a packet, CRC and all, so after
-/// them no report is judged.
-enum Fate { once, again, lost, afterNeighbour, afterGarbage, copied, stray, held, rerun };
+/// The frame as an access point relays it, with a header for quality of service.
+Observation copyOf(Observation frame) {
+  frame.timeMicroseconds += 1'500;
+  frame.frameLength += 2;
+  return frame;
+}
+
+/// What happens to the next frame of the run. Those from `relayed` on can forge a packet, CRC and all, so
+/// after them no report is judged; but where every frame is relayed, `relayed` means that only the copy is
+/// heard.
+enum Fate { once, again, lost, afterNeighbour, afterGarbage, relayed, stray, held, rerun, crowd, many };
+
+/// One byte says what happens to a frame. Two of its values stand for several frames, so that short inputs
+/// can be long runs.
+Fate nextFate(FuzzedDataProvider& data) {
+  const auto byte = data.ConsumeIntegral<std::uint8_t>();
+  if (byte == 0xff) return many;
+  return byte == 0xfe ? crowd : static_cast<Fate>(byte % crowd);
+}
 
 }  // namespace
 
 /// A run whose frames are lost, repeated and mixed with those of another phone and with garbage: it is
-/// decoded as it was sent or not at all, and always if it was not disturbed. Its own phone's strays, frames
-/// that are held and another run may mislead the decoder, but do no harm.
+/// decoded as it was sent or not at all, and always if it was not disturbed. Strangers come and go. Its own
+/// phone's strays, frames that are held and another run may mislead the decoder, but do no harm.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   FuzzedDataProvider data(bytes, size);
   const std::string ssid = data.ConsumeRandomLengthString(32).c_str();
   const std::string password = data.ConsumeRandomLengthString(64).c_str();
   const RunTexts texts{ssid, password, data.ConsumeRandomLengthString(16)};
-  const std::vector<Observation> frames = runOnAir(texts, data.PickValueInArray(kRunKinds), 1);
+  const auto kind = data.ConsumeIntegral<std::uint8_t>();
+  EndlessRun run(texts, kRunKinds[kind % std::size(kRunKinds)]);
+  const bool isRelayed = kind >= 0x80;
   static const RunTexts others{"neighbour", "another pass phrase", ""};
-  static const std::vector<Observation> neighbour = runOnAir(others, RunKind::both, 1);
-  constexpr MacAddress kNeighbour = {2, 0, 0, 0, 0, 9};
+  static const std::vector<Observation> neighbour = firstFrames(others, 500);
+  const MacAddress phone = run.frame().sender;
 
-  Decoder decoder;
+  static Decoder decoder;  // Made anew it would cost more than a short run.
+  decoder.reset();
   bool isHeard = false, isDisturbed = false, isForged = false;
   std::int64_t delay = 0;
+  std::uint8_t strangers = 0;
+  const auto delayed = [&](Observation frame) {
+    frame.timeMicroseconds += delay;
+    return frame;
+  };
   const auto hear = [&](const Observation& frame) {
     const auto credentials = decoder.observe(frame);
     if (!credentials) return;
     requireSound(*credentials);
     isHeard = true;
     if (isForged) return;
-    if (credentials->sender == frames[0].sender) require(texts.are(*credentials));
+    if (credentials->sender == phone) require(texts.are(*credentials));
     if (credentials->sender == kNeighbour) require(others.are(*credentials));
   };
-  for (std::size_t i = 0; i < frames.size();) {
+  const auto hearTwice = [&](const Observation& frame) {
+    hear(frame);
+    hear(copyOf(frame));
+  };
+  const auto hearBoth = [&](const Observation& frame) { isRelayed ? hearTwice(frame) : hear(frame); };
+  for (std::size_t i = 0; i < kMostFrames;) {
     if (data.remaining_bytes() == 0 && (isHeard || isDisturbed)) break;
-    Observation frame = frames[i];
-    frame.timeMicroseconds += delay;
+    Observation frame = delayed(run.frame());
     Observation interrupting = neighbour[i % neighbour.size()];
     interrupting.timeMicroseconds = frame.timeMicroseconds;
     interrupting.sender = kNeighbour;
-    const int fate = data.ConsumeIntegralInRange<int>(once, rerun);
+    const Fate fate = nextFate(data);
+    if (fate == many) {
+      for (const std::size_t end = i + kMany; i < end; ++i, run.next()) hearBoth(delayed(run.frame()));
+      continue;
+    }
     isDisturbed |= fate >= lost;
-    isForged |= fate >= stray;
+    if (fate == crowd) {
+      for (std::size_t n = 0; n < kMany; ++n) {
+        interrupting.sender = {6, 0, 0, 0, 0, strangers++};
+        hear(interrupting);
+      }
+      continue;
+    }
+    isForged |= fate > relayed || (fate == relayed && !isRelayed);
     if (fate == afterNeighbour) hear(interrupting);
     if (fate == afterGarbage) hear(anyFrame(data, frame.timeMicroseconds));
     if (fate == stray)
@@ -92,13 +201,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
       hear(interrupting);
     }
     if (fate == held) delay += data.ConsumeIntegralInRange<std::int32_t>(0, 300'000);
-    if (fate == once || fate == again || fate == copied) hear(frame);
-    if (fate == copied) {
-      frame.timeMicroseconds += 1'500;
-      frame.frameLength += 2;
-      hear(frame);
+    if (fate == once || fate == again) hearBoth(frame);
+    if (fate == relayed) isRelayed ? hear(copyOf(frame)) : hearTwice(frame);
+    if (fate == once || fate == lost || fate == relayed) {
+      run.next();
+      ++i;
     }
-    if (fate == once || fate == lost || fate == copied) ++i;
   }
   require(isHeard || isDisturbed);
   requireSoundProgress(decoder);
