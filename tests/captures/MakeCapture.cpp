@@ -167,7 +167,10 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_option("--later-cipher", options.later)->transform(CLI::CheckedTransformer(kCiphers));
   app.add_option("--later", options.laterSeconds, "When the cipher changes, seconds");
   app.add_flag("--pcapng", options.asPcapng);
-  app.add_option("--pace", options.pace)->check(CLI::IsMember({"default", "fast", "robust"}));
+  const auto isPace = [](const std::string& name) {
+    return ZorFindPace(name) != nullptr ? std::string() : "no such pace: " + name;
+  };
+  app.add_option("--pace", options.pace)->check(isPace);
   app.add_option("--values", options.values, "Pacing values")->delimiter(',')->expected(14);
   app.add_option("--seconds", options.seconds);
   app.add_option("--loss", options.loss, "Share of the frames, 0 to 1");
