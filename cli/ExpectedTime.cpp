@@ -8,6 +8,7 @@
 
 #include "ZOR/ZorSuite.h"
 #include "cli/KnownPaces.h"
+#include "simulator/SampleSecret.h"
 #include "simulator/Trial.h"
 
 namespace zor::cli {
@@ -22,14 +23,11 @@ constexpr int kUsualPacket = 4 + 12 + 16;
 /// A secret whose version 5 packet has this many bytes.
 simulator::Secret secretOf(int packetBytes) {
   constexpr int kHeader = 4;
-  constexpr int kMaxSsid = 32;
-  constexpr int kMaxPassPhrase = 64;
+  constexpr int kMaxSsid = kZorMaxSsidLength;
+  constexpr int kMaxPassPhrase = kZorMaxPassPhraseLength;
   const int texts = std::clamp(packetBytes - kHeader, 0, kMaxSsid + kMaxPassPhrase);
   const int ssid = std::max(std::min(texts / 2, kMaxSsid), texts - kMaxPassPhrase);
-  simulator::Secret secret;
-  for (int i = 0; i < ssid; ++i) secret.ssid.push_back(static_cast<char>('a' + i % 26));
-  for (int i = ssid; i < texts; ++i) secret.passPhrase.push_back(static_cast<char>('A' + i % 26));
-  return secret;
+  return simulator::sampleSecret(static_cast<std::size_t>(ssid), static_cast<std::size_t>(texts - ssid));
 }
 
 double lossOf(const LegReport& leg) {
@@ -51,7 +49,8 @@ simulator::Channels channelsOf(const LegReport& leg) {
 
 std::string expectedTime(const LegReport& leg) {
   const auto name = receiver::fittingPace(leg, knownPaces());
-  const ZorPace* const pace = ZorFindPace(name.value_or("default"));
+  const ZorPace* const known = name ? ZorFindPace(*name) : nullptr;
+  const ZorPace* const pace = known != nullptr ? known : ZorFindPace("default");
   const int packet = leg.bytesTotal > 0 ? leg.bytesTotal : kUsualPacket;
   const simulator::PhonePlan plan = simulator::makePlan(secretOf(packet), pace->values, channelsOf(leg));
   simulator::Scenario scenario;

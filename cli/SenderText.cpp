@@ -45,8 +45,9 @@ std::string baseText(const LegReport& leg, std::int32_t syncLength) {
   const auto cipher = receiver::fittingCipher(leg, syncLength, receiver::kUsualBase);
   const std::string lengths = "syncs of " + std::to_string(syncLength) + " bytes";
   if (cipher) {
-    return lengths + ": base " + std::to_string(receiver::kUsualBase) + ", overhead " +
-           std::to_string(overhead) + ", encryption " + cipher->name;
+    const std::string base = std::to_string(receiver::kUsualBase) + (leg.isProtected ? " assumed" : "");
+    return lengths + ": base " + base + ", overhead " + std::to_string(overhead) + ", encryption " +
+           cipher->name;
   }
   if (leg.isProtected) return lengths + ": base and encryption are not the usual ones";
   return lengths + ": base " + std::to_string(syncLength - leg.headerBytes) + ", overhead " +
@@ -109,6 +110,7 @@ Json channelJson(const LegReport& leg, std::size_t kind) {
   const bool isBaseKnown = channel.syncLength && (cipher || !leg.isProtected);
   const int base = cipher ? receiver::kUsualBase : channel.syncLength.value_or(0) - leg.headerBytes;
   json["length_base"] = isBaseKnown ? Json(base) : Json();
+  json["length_base_assumed"] = isBaseKnown && leg.isProtected;
   json["overhead"] = isBaseKnown ? Json(*channel.syncLength - base) : Json();
   json["encryption"] = cipher ? Json(cipher->name) : isBaseKnown ? Json("none") : Json();
   json["heard"] = byteMap(channel, 0);

@@ -21,6 +21,9 @@ constexpr double kSparseLoss = 0.1;
 /// Frames of a channel without which its absence proves nothing.
 constexpr std::uint64_t kEnoughFrames = 20;
 
+/// From one frame of version 3 to the next.
+constexpr int kVersion3IntervalMs = 10;
+
 constexpr double kIntervalTolerance = 2;
 constexpr double kPauseTolerance = 20;
 
@@ -234,8 +237,12 @@ class Judge {
     }
     const auto& groups = multicast(leg_).intervalMs;
     const auto& lengths = broadcast(leg_).intervalMs;
-    if ((!groups && !lengths) || fittingPace(leg_, paces_) || has(FindingKind::crcNeverHolds)) return;
+    const auto& only = groups || lengths ? std::nullopt : version3(leg_).intervalMs;
+    if ((!groups && !lengths && !only) || fittingPace(leg_, paces_) || has(FindingKind::crcNeverHolds))
+      return;
     std::string text = "the spacing is none of the known paces:";
+    if (only)
+      text += " version 3 every " + milliseconds(*only) + " instead of " + milliseconds(kVersion3IntervalMs);
     if (groups) text += " multicasts every " + milliseconds(*groups);
     if (lengths) text += std::string(groups ? "," : "") + " broadcasts every " + milliseconds(*lengths);
     add(FindingKind::paceUnknown, std::move(text));
@@ -291,7 +298,11 @@ const char* nameOf(FindingKind kind) {
 std::optional<std::string_view> fittingPace(const LegReport& leg, std::span<const KnownPace> paces) {
   const ChannelReport& groups = multicast(leg);
   const ChannelReport& lengths = broadcast(leg);
-  if (!groups.intervalMs && !lengths.intervalMs) return std::nullopt;
+  if (!groups.intervalMs && !lengths.intervalMs) {
+    const auto& only = version3(leg).intervalMs;
+    const bool fits = only && isNear(only, kVersion3IntervalMs, kIntervalTolerance);
+    return fits ? std::optional(kVersion3Pace) : std::nullopt;
+  }
   for (const KnownPace& pace : paces) {
     if (isNear(groups.intervalMs, pace.multicastInterval, kIntervalTolerance) &&
         isNear(groups.pauseMs, pace.multicastPause, kPauseTolerance) &&

@@ -46,7 +46,11 @@ struct KnownPace {
   int broadcastPause = 0;
 };
 
-/// The pace that fits what a leg shows; nothing when none does or too little was heard.
+/// The one pace that version 3 has, which no setting changes.
+inline constexpr std::string_view kVersion3Pace = "version 3";
+
+/// The pace that fits what a leg shows, kVersion3Pace where only version 3 was heard; nothing when none does
+/// or too little was heard.
 std::optional<std::string_view> fittingPace(const LegReport& leg, std::span<const KnownPace> paces);
 
 /// What a cipher adds to a frame.

@@ -123,6 +123,16 @@ TEST(Verdict, NamesTheCause) {
   }
 }
 
+TEST(Verdict, KnowsThePaceOfVersion3) {
+  SenderReport sender = readCapture("only-v3.pcap").report.senders.at(0);
+  LegReport& leg = sender.legs.at(0);
+  EXPECT_EQ(fittingPace(leg, kPaces), kVersion3Pace);
+  leg.channels[static_cast<std::size_t>(ChannelKind::version3)].intervalMs = 30;
+  EXPECT_EQ(fittingPace(leg, kPaces), std::nullopt);
+  EXPECT_EQ(judge(sender, kPaces).back().text,
+            "the spacing is none of the known paces: version 3 every 30 ms instead of 10 ms");
+}
+
 TEST(Verdict, SaysWhatWasThereInstead) {
   const struct {
     const char *file, *says;
