@@ -37,6 +37,7 @@ double secondsOf(const timeval& time) {
 /// Runs a program without output. Ends the process when it cannot be run or fails.
 Use run(std::vector<std::string> arguments) {
   std::vector<char*> argv;
+  argv.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
   const pid_t process = fork();

@@ -30,7 +30,7 @@ std::string number(double value) {
 
 /// One character per packet byte: heard or not.
 std::string byteMap(const ChannelReport& channel, int bytesTotal) {
-  std::size_t end = static_cast<std::size_t>(bytesTotal);
+  auto end = static_cast<std::size_t>(bytesTotal);
   for (std::size_t i = end; i < channel.heard.size(); ++i) {
     if (bytesTotal == 0 && channel.heard[i]) end = i + 1;
   }

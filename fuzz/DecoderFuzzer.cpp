@@ -124,7 +124,8 @@ Observation copyOf(Observation frame) {
 unsigned crcOf(const RunTexts& texts, bool isVersion3) {
   std::string covered = texts.ssid + texts.password;
   if (isVersion3) {
-    covered.insert(covered.begin(), {static_cast<char>(texts.ssid.size()), static_cast<char>(texts.password.size())});
+    covered.insert(covered.begin(),
+                   {static_cast<char>(texts.ssid.size()), static_cast<char>(texts.password.size())});
   } else {
     covered += texts.append;
   }
