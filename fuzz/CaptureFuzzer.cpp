@@ -9,9 +9,13 @@ using namespace zor::receiver;
 
 namespace {
 
+constexpr std::size_t kFramesKept = 20;
+
 void requireSound(const LegReport& leg) {
   require(leg.bytesKnown >= 0 && leg.bytesKnown <= 100 && leg.bytesTotal <= 100);
   require(leg.bytesTotal == 0 || leg.bytesKnown <= leg.bytesTotal);
+  require(leg.log.size() <= kFramesKept && (leg.leftOut == 0 || leg.log.size() == kFramesKept));
+  for (const LoggedFrame& frame : leg.log) require(frame.offset >= -1 && frame.offset < 100);
   for (const ChannelReport& channel : leg.channels) {
     require(!channel.loss || (*channel.loss >= 0 && *channel.loss <= 1));
     require(!channel.intervalMs || *channel.intervalMs >= 0);
@@ -28,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   require(file != nullptr);
   CaptureReader reader;
   if (!reader.openStream(file).empty()) return 0;
-  Analysis analysis;
+  Analysis analysis(kFramesKept);
   auto status = CaptureReader::Status::more;
   while (status == CaptureReader::Status::more)
     status = reader.read([&](const CapturedFrame& frame) { analysis.observe(frame); });

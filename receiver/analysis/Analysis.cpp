@@ -19,7 +19,7 @@ MacAddress addressOf(std::uint64_t key) {
 
 }  // namespace
 
-Analysis::Analysis() = default;
+Analysis::Analysis(std::size_t framesKept) : framesKept_(framesKept) {}
 Analysis::~Analysis() = default;
 
 const Completion* Analysis::observe(const CapturedFrame& frame) {
@@ -50,8 +50,8 @@ const Completion* Analysis::observeData(const CapturedFrame& frame) {
   }
   Sender& sender = senderOf(frame);
   auto& leg = sender.legs[static_cast<std::size_t>(frame.leg)];
-  if (leg == nullptr) leg = std::make_unique<LegMeter>();
-  const bool isNew = leg->observe(frame, destination);
+  if (leg == nullptr) leg = std::make_unique<LegMeter>(framesKept_);
+  const bool isNew = leg->observe(frame, destination, totals_.frames);
   appraise(sender, destination);
   return isNew ? decode(frame, sender) : nullptr;
 }

@@ -15,14 +15,16 @@ namespace zor::receiver {
 
 /// Takes the frames of a capture one after the other, decodes and measures what phones send, and reports it
 /// at any time. Memory does not grow with the number of frames: of more than kMaxSenders senders those are
-/// forgotten first that sent nothing but broadcasts, and of these the one silent longest.
+/// forgotten first that sent nothing but broadcasts, and of these the one silent longest. Of the frames
+/// themselves it keeps only the first of each sender and leg, and only if asked.
 ///
 /// Not thread-safe. Never blocks.
 class Analysis {
  public:
   static constexpr std::size_t kMaxSenders = 64;
 
-  Analysis();
+  /// Keeps the first `framesKept` frames of each sender on each leg, for pictures.
+  explicit Analysis(std::size_t framesKept = 0);
   ~Analysis();
   Analysis(const Analysis&) = delete;
   Analysis& operator=(const Analysis&) = delete;
@@ -63,6 +65,7 @@ class Analysis {
   static void appraise(Sender& sender, Destination destination);
   static SenderReport report(const MacAddress& address, const Sender& sender);
 
+  std::size_t framesKept_;
   CaptureReport totals_;                                  ///< Without senders.
   std::array<std::unique_ptr<Decoder>, kLegs> decoders_;  ///< A sender's lengths may differ between legs.
   // Parallel arrays: the addresses are looked through for every frame.

@@ -20,7 +20,8 @@ constexpr std::int64_t kMicrosecondsPerFrame = 200'000;
 }  // namespace
 
 void BroadcastMeter::observe(std::int32_t length, std::int64_t time) {
-  const Frame frame{length, time};
+  const Frame frame{length, time, log_.latest()};
+  gaps_.observe(time);
   note(frame);
   const auto shown = shownSyncLength(frame);
   if (shown && shown != syncLength_) setSyncLength(*shown, time);
@@ -81,13 +82,20 @@ void BroadcastMeter::measure(const Frame& frame) {
   } else if (offset < wire::kValueOffset) {
     measurePosition(offset - wire::kPositionOffset, frame);
   } else {
-    if (!value_ || value_->length != frame.length) ++values_;
-    value_ = frame;
+    measureValue(frame);
   }
+}
+
+void BroadcastMeter::measureValue(const Frame& frame) {
+  const bool repeats = value_ && value_->length == frame.length;
+  if (!repeats) ++values_;
+  log_.explain(frame.place, FrameRole::value, repeats ? News::repeated : News::none);
+  value_ = frame;
 }
 
 void BroadcastMeter::measureSync(int offset, const Frame& frame) {
   ++syncs_;
+  log_.explain(frame.place, FrameRole::broadcastSync);
   value_.reset();
   const bool endsCycle = lastPosition_ && cycle_.isLast(lastPosition_->length);
   if (offset == wire::kSync1Offset && endsCycle) pauses_.add(frame.time - lastPosition_->time);
@@ -96,8 +104,12 @@ void BroadcastMeter::measureSync(int offset, const Frame& frame) {
 
 void BroadcastMeter::measurePosition(int index, const Frame& frame) {
   cycle_.observe(frame.length, frame.time);
+  log_.explain(frame.place, FrameRole::position, News::none, index);
   if (value_) {
-    bytes_.add(index, static_cast<std::uint8_t>(value_->length - *syncLength_ - wire::kValueOffset));
+    const int value = value_->length - *syncLength_ - wire::kValueOffset;
+    const News news = bytes_.add(index, static_cast<std::uint8_t>(value), frame.time);
+    log_.explain(frame.place, FrameRole::position, news, index);
+    log_.explain(value_->place, FrameRole::value, news, index);
   }
   value_.reset();
   lastPosition_ = frame;
@@ -110,6 +122,8 @@ ChannelReport BroadcastMeter::report() const {
   report.syncLength = syncLength_;
   report.lengthChange = change_;
   report.heard = bytes_.heard();
+  report.heardAt = bytes_.heardAt();
+  report.gaps = gaps_.counts().histogram();
   report.contradictions = bytes_.contradictions();
   if (!syncLength_) return report;
   cycle_.describe(report);

@@ -15,6 +15,9 @@ namespace zor::receiver {
 /// frames are kept. A byte counts as heard when its position came right after its value.
 class BroadcastMeter {
  public:
+  /// Explains frames in `log`, to which they were added before; it outlives this.
+  explicit BroadcastMeter(FrameLog& log) : log_(log) {}
+
   void observe(std::int32_t length, std::int64_t time);
 
   const ByteMap& bytes() const { return bytes_; }
@@ -29,6 +32,7 @@ class BroadcastMeter {
   struct Frame {
     std::int32_t length = -1;
     std::int64_t time = 0;
+    std::size_t place = 0;  ///< In the log.
   };
   static constexpr std::size_t kMaxPending = 256;
 
@@ -36,9 +40,11 @@ class BroadcastMeter {
   std::optional<std::int32_t> shownSyncLength(const Frame& frame) const;
   void setSyncLength(std::int32_t length, std::int64_t time);
   void measure(const Frame& frame);
+  void measureValue(const Frame& frame);
   void measureSync(int offset, const Frame& frame);
   void measurePosition(int index, const Frame& frame);
 
+  FrameLog& log_;
   std::uint64_t frames_ = 0, syncs_ = 0, values_ = 0, strays_ = 0;
   std::int32_t shortest_ = 0, longest_ = 0;
   std::int64_t firstTime_ = 0;
@@ -52,6 +58,7 @@ class BroadcastMeter {
   ByteMap bytes_;
   CycleMeter cycle_;
   DurationCounts pauses_;
+  GapCounts gaps_;
 };
 
 }  // namespace zor::receiver

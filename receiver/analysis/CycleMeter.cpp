@@ -40,6 +40,11 @@ double DurationCounts::shareBelow(std::size_t milliseconds) const {
   return count_ == 0 ? 0 : static_cast<double>(below) / static_cast<double>(count_);
 }
 
+std::vector<std::uint32_t> DurationCounts::histogram() const {
+  const auto last = std::find_if(counts_.rbegin(), counts_.rend(), [](auto count) { return count > 0; });
+  return {counts_.begin(), last.base()};
+}
+
 void CycleMeter::observe(int number, std::int64_t time) {
   const std::int64_t elapsed = time - lastTime_;
   if (!begun_ || elapsed < 0 || elapsed > kMaxSilence) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "receiver/analysis/Report.h"
 
@@ -20,11 +21,28 @@ class DurationCounts {
   /// The share of those below a limit, 0 to 1.
   double shareBelow(std::size_t milliseconds) const;
 
+  /// How many there were of 0, 1, 2 ... milliseconds, up to the longest.
+  std::vector<std::uint32_t> histogram() const;
+
  private:
   static constexpr std::size_t kBuckets = 512;  ///< The last one counts all that are longer.
 
   std::array<std::uint32_t, kBuckets> counts_{};
   std::uint64_t count_ = 0;
+};
+
+/// Counts the times from each frame to the next.
+class GapCounts {
+ public:
+  void observe(std::int64_t time) {
+    if (previous_) counts_.add(time - *previous_);
+    previous_ = time;
+  }
+  const DurationCounts& counts() const { return counts_; }
+
+ private:
+  DurationCounts counts_;
+  std::optional<std::int64_t> previous_;
 };
 
 /// Follows the numbered frames of one channel through its cycles, which all send the same numbers in the same

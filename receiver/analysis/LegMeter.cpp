@@ -38,11 +38,12 @@ bool LegMeter::repeatsPrevious(const CapturedFrame& frame) {
   return repeats;
 }
 
-bool LegMeter::observe(const CapturedFrame& frame, Destination destination) {
+bool LegMeter::observe(const CapturedFrame& frame, Destination destination, std::uint64_t number) {
   if (repeatsPrevious(frame)) {
     ++retries_;
     return false;
   }
+  log_.add(frame, number);
   headerBytes_ = frame.headerBytes;
   isProtected_ = isProtected_ || frame.isProtected;
   const std::int64_t time = frame.timeMicroseconds;
@@ -96,6 +97,8 @@ LegReport LegMeter::report(Leg leg) const {
   report.headerBytes = headerBytes_;
   report.firstMicroseconds = firstTime_.value_or(0);
   report.lastMicroseconds = lastTime_;
+  report.log = log_.frames();
+  report.leftOut = log_.leftOut();
 
   const PacketState version5 = judgePacket(Encoding::version5, version5_.bytes(), broadcast_.bytes());
   const PacketState version3 = judgePacket(Encoding::version3, version3_.bytes(), ByteMap());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -17,8 +18,14 @@ Destination classify(const MacAddress& destination);
 /// Measures what one sender sends on one leg.
 class LegMeter {
  public:
-  /// Takes a data frame of any destination. Returns false when it is the previous frame once more.
-  bool observe(const CapturedFrame& frame, Destination destination);
+  /// Keeps the first `framesKept` frames.
+  explicit LegMeter(std::size_t framesKept) : log_(framesKept) {}
+  LegMeter(const LegMeter&) = delete;
+  LegMeter& operator=(const LegMeter&) = delete;
+
+  /// Takes a data frame of any destination, with its number in the capture. Returns false when it is the
+  /// previous frame once more.
+  bool observe(const CapturedFrame& frame, Destination destination, std::uint64_t number);
 
   /// True when what was heard cannot be anything but smart configuration.
   bool isRun() const;
@@ -29,9 +36,10 @@ class LegMeter {
   void observeGroup(const CapturedFrame& frame, Destination destination);
   bool repeatsPrevious(const CapturedFrame& frame);
 
-  MulticastMeter version5_{0};
-  MulticastMeter version3_{1};
-  BroadcastMeter broadcast_;
+  FrameLog log_;
+  MulticastMeter version5_{{0, FrameRole::multicastSync, FrameRole::multicastData}, log_};
+  MulticastMeter version3_{{1, FrameRole::version3Sync, FrameRole::version3Data}, log_};
+  BroadcastMeter broadcast_{log_};
   std::uint64_t retries_ = 0;
   bool isProtected_ = false;
   std::int32_t headerBytes_ = 0;

@@ -1,9 +1,14 @@
 #include "receiver/analysis/MulticastMeter.h"
 
+#include <algorithm>
+
 namespace zor::receiver {
+
 void MulticastMeter::observeSync(std::int32_t length, std::int64_t time) {
   ++frames_;
   ++syncs_;
+  gaps_.observe(time);
+  log_.explain(log_.latest(), form_.sync);
   if (syncLength_ == length) return;
   if (syncLength_) {
     change_ = LengthChange{*syncLength_, length, time};
@@ -19,7 +24,9 @@ void MulticastMeter::observeData(std::int32_t length, std::uint8_t first, std::u
                                  std::int64_t time) {
   ++frames_;
   cycle_.observe(length, time);
-  const Pair pair{length, first, second};
+  gaps_.observe(time);
+  log_.explain(log_.latest(), form_.data);
+  const Pair pair{length, first, second, time, log_.latest()};
   if (syncLength_) {
     place(pair);
   } else if (pending_.size() < kMaxPending) {
@@ -28,9 +35,11 @@ void MulticastMeter::observeData(std::int32_t length, std::uint8_t first, std::u
 }
 
 void MulticastMeter::place(const Pair& pair) {
-  const int index = 2 * (pair.length - *syncLength_ - firstFrameOffset_);
-  bytes_.add(index, pair.first);
-  bytes_.add(index + 1, pair.second);
+  const int index = 2 * (pair.length - *syncLength_ - form_.firstFrameOffset);
+  const News first = bytes_.add(index, pair.first, pair.time);
+  const News second = bytes_.add(index + 1, pair.second, pair.time);
+  const bool isInPacket = index >= 0 && index < static_cast<int>(kMaxPacketSize);
+  log_.explain(pair.place, form_.data, std::max(first, second), isInPacket ? index : -1);
 }
 
 ChannelReport MulticastMeter::report() const {
@@ -40,6 +49,8 @@ ChannelReport MulticastMeter::report() const {
   report.syncLength = syncLength_;
   report.lengthChange = change_;
   report.heard = bytes_.heard();
+  report.heardAt = bytes_.heardAt();
+  report.gaps = gaps_.counts().histogram();
   report.contradictions = bytes_.contradictions();
   cycle_.describe(report);
   return report;

@@ -15,8 +15,14 @@ namespace zor::receiver {
 /// how fast frames come is known without a sync frame; which bytes they carry is known with one.
 class MulticastMeter {
  public:
-  /// `firstFrameOffset` is the length of data frame 0 less that of a sync frame.
-  explicit MulticastMeter(int firstFrameOffset) : firstFrameOffset_(firstFrameOffset) {}
+  /// What sets the multicasts of an encoding apart.
+  struct Form {
+    int firstFrameOffset;  ///< Length of data frame 0 less that of a sync frame.
+    FrameRole sync, data;
+  };
+
+  /// Explains frames in `log`, to which they were added before; it outlives this.
+  MulticastMeter(const Form& form, FrameLog& log) : form_(form), log_(log) {}
 
   void observeSync(std::int32_t length, std::int64_t time);
   void observeData(std::int32_t length, std::uint8_t first, std::uint8_t second, std::int64_t time);
@@ -34,18 +40,22 @@ class MulticastMeter {
   struct Pair {
     std::int32_t length;
     std::uint8_t first, second;
+    std::int64_t time;
+    std::size_t place;  ///< In the log.
   };
   static constexpr std::size_t kMaxPending = 128;
 
   void place(const Pair& pair);
 
-  int firstFrameOffset_;
+  Form form_;
+  FrameLog& log_;
   std::uint64_t frames_ = 0, syncs_ = 0;
   std::optional<std::int32_t> syncLength_;
   std::optional<LengthChange> change_;
   std::vector<Pair> pending_;  ///< Before the first sync frame.
   ByteMap bytes_;
   CycleMeter cycle_;
+  GapCounts gaps_;
 };
 
 }  // namespace zor::receiver

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "receiver/analysis/FrameLog.h"
 #include "receiver/capture/CapturedFrame.h"
 #include "receiver/decoder/Credentials.h"
 
@@ -31,14 +32,17 @@ struct ChannelReport {
   std::uint64_t syncs = 0;
   /// Length of the frames that start a cycle, as captured: the length base and the overhead of the link.
   std::optional<std::int32_t> syncLength;
-  std::optional<LengthChange> lengthChange;  ///< The latest.
-  std::bitset<kMaxPacketSize> heard;         ///< Packet bytes that this channel has shown.
-  unsigned contradictions = 0;               ///< Bytes heard with another value than before.
-  unsigned cycles = 0;                       ///< Begun, as far as was heard.
-  std::optional<double> loss;                ///< Share of the frames that were not captured, 0 to 1.
-  std::optional<double> intervalMs;          ///< From one frame to the next, median.
-  std::optional<double> pauseMs;             ///< Extra, after a cycle, median.
-  bool inBursts = false;                     ///< Released many at a time, so that times mean nothing.
+  std::optional<LengthChange> lengthChange;            ///< The latest.
+  std::bitset<kMaxPacketSize> heard;                   ///< Packet bytes that this channel has shown.
+  std::array<std::int64_t, kMaxPacketSize> heardAt{};  ///< When it first did, for those.
+  unsigned contradictions = 0;                         ///< Bytes heard with another value than before.
+  unsigned cycles = 0;                                 ///< Begun, as far as was heard.
+  std::optional<double> loss;        ///< Share of the frames that were not captured, 0 to 1.
+  std::optional<double> intervalMs;  ///< From one frame to the next, median.
+  std::optional<double> pauseMs;     ///< Extra, after a cycle, median.
+  std::vector<std::uint32_t> gaps;   ///< From one captured frame to the next: how many of 0, 1, 2 ... ms;
+                                     ///< of 511 ms stand for all longer ones.
+  bool inBursts = false;             ///< Released many at a time, so that times mean nothing.
 };
 
 /// When a packet had been heard whole.
@@ -64,6 +68,8 @@ struct LegReport {
   int bytesTotal = 0;  ///< 0 while the header is not known.
   Crc crc = Crc::unknown;
   std::optional<Completion> completion;  ///< The first.
+  std::vector<LoggedFrame> log;          ///< The first frames, if the analysis keeps any.
+  std::uint64_t leftOut = 0;             ///< Frames that came after those.
 
   const ChannelReport& channel(ChannelKind kind) const { return channels[static_cast<std::size_t>(kind)]; }
 };

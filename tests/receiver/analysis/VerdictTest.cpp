@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
+#include <numeric>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -27,10 +30,10 @@ struct Read {
 };
 
 /// A file of tests/captures, of which the script `make` in the same folder says how it was made.
-Read readCapture(const std::string& name) {
+Read readCapture(const std::string& name, std::size_t framesKept = 0) {
   CaptureReader reader;
   EXPECT_EQ(reader.openFile(CAPTURES + name), "");
-  Analysis analysis;
+  Analysis analysis(framesKept);
   CaptureReader::Status status = CaptureReader::Status::more;
   while (status == CaptureReader::Status::more)
     status = reader.read([&](const CapturedFrame& frame) { analysis.observe(frame); });
@@ -166,6 +169,44 @@ TEST(Verdict, LossIsThatOfTheCapture) {
   EXPECT_NEAR(leg.channel(ChannelKind::multicast).loss.value(), 0.8, 0.15);
   EXPECT_EQ(leg.crc, Crc::unknown);
   EXPECT_LT(leg.bytesKnown, leg.bytesTotal);
+}
+
+/// For pictures: what each frame was sent for, what it said that was not known, and when.
+TEST(Verdict, KeepsTheFirstFramesWithTheirMeaning) {
+  using enum FrameRole;
+  using enum News;
+  const LegReport leg = mainLeg(readCapture("ethernet.pcap", 50).report.senders.at(0));
+  ASSERT_EQ(leg.log.size(), 50u);
+  EXPECT_EQ(leg.leftOut, 37u);
+  const struct {
+    FrameRole role;
+    News news;
+    int offset, length;
+  } kFirst[] = {{multicastSync, none, -1, 58}, {broadcastSync, none, -1, 58}, {broadcastSync, none, -1, 416},
+                {broadcastSync, none, -1, 59}, {multicastData, fresh, 0, 58}, {value, fresh, 0, 176},
+                {position, fresh, 0, 60},      {multicastData, fresh, 2, 59}};
+  for (std::size_t i = 0; i < std::size(kFirst); ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(leg.log[i].number, i + 1);
+    EXPECT_EQ(leg.log[i].role, kFirst[i].role);
+    EXPECT_EQ(leg.log[i].news, kFirst[i].news);
+    EXPECT_EQ(leg.log[i].offset, kFirst[i].offset);
+    EXPECT_EQ(leg.log[i].length, kFirst[i].length);
+  }
+  const ChannelReport& groups = leg.channel(ChannelKind::multicast);
+  EXPECT_EQ(groups.heardAt[2], leg.log[7].timeMicroseconds);
+  EXPECT_EQ(std::accumulate(groups.gaps.begin(), groups.gaps.end(), 0U), groups.frames - 1);
+  EXPECT_GT(groups.gaps.at(30), groups.frames / 2);
+
+  // A later sync frame explains earlier ones; a second sender contradicts the first.
+  const auto has = [](const char* file, FrameRole role, News news) {
+    const LegReport heard = mainLeg(readCapture(file, 1000).report.senders.at(0));
+    return std::ranges::any_of(
+        heard.log, [&](const LoggedFrame& frame) { return frame.role == role && frame.news == news; });
+  };
+  EXPECT_TRUE(has("sparse.pcap", multicastData, fresh));
+  EXPECT_TRUE(has("two-senders.pcap", position, contradicting) && has("two-senders.pcap", value, repeated));
+  EXPECT_TRUE(has("no-syncs.pcap", other, none) && !has("no-syncs.pcap", value, none));
 }
 
 /// 100 senders, each of one broadcast, do not push out the phone; memory is fixed by type.
