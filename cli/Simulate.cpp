@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +15,7 @@
 #include "cli/LogLines.h"
 #include "cli/Output.h"
 #include "cli/Pace.h"
+#include "cli/WholeFile.h"
 #include "simulator/Airs.h"
 #include "simulator/Percentile.h"
 #include "simulator/SampleSecret.h"
@@ -119,13 +119,6 @@ Ending show(const Times& times, Output& output) {
   return ending;
 }
 
-void writeCurve(const std::string& name, const Times& times, const std::string& title) {
-  std::ofstream file(name);
-  file << curveSvg(times.decoder, simulator::kGiveUpSeconds, title);
-  file.close();
-  if (!file) throw RunFailure("the curve cannot be written to '" + printable(name) + "'");
-}
-
 ExitCode simulate(const SimulateOptions& options) {
   const simulator::Pace pace = readPace(options.pace);
   simulator::Environment environment = findAir(options.air).environment;
@@ -134,6 +127,8 @@ ExitCode simulate(const SimulateOptions& options) {
   const simulator::Secret secret = simulator::sampleSecret(options.ssidLength, options.passLength);
   const simulator::PhonePlan plan = simulator::makePlan(secret, pace, {});
   const simulator::PhonePlan earlier = simulator::makePlan(simulator::mistyped(secret), pace, {});
+  std::optional<WholeFile> file;
+  if (options.curveFile) file.emplace(*options.curveFile);
   const Interrupt interrupt;
   Output output(options, interrupt);
   output.report(describe(options), {{"event", "simulating"},
@@ -145,8 +140,10 @@ ExitCode simulate(const SimulateOptions& options) {
                                     {"runs", options.runs}});
   const Times times =
       sortedTimes(runAll({{{&plan, &earlier}}, environment}, options.runs, output, interrupt));
-  if (options.curveFile) writeCurve(*options.curveFile, times, describe(options));
-  return finish(output, show(times, output));
+  Ending ending = show(times, output);
+  if (file)
+    ending.problem = file->write(curveSvg(times.decoder, simulator::kGiveUpSeconds, describe(options)));
+  return finish(output, ending);
 }
 
 void addOptions(CLI::App& command, SimulateOptions& options) {
