@@ -134,8 +134,8 @@ ChannelReport BroadcastMeter::report() const {
   }
   // From one position to the next there are a value and a position, each sent once or several times.
   const std::uint64_t heard = std::max<std::uint64_t>(cycle_.heard(), 1);
-  const auto sendsOfEach = static_cast<double>(1 + (cycle_.repeats() + heard / 2) / heard);
-  if (report.intervalMs) report.intervalMs = *report.intervalMs / 2 / sendsOfEach;
+  const std::uint64_t sendsOfEach = 1 + (cycle_.repeats() + heard / 2) / heard;
+  if (report.intervalMs) report.intervalMs = *report.intervalMs / 2 / static_cast<double>(sendsOfEach);
   if (pauses_.count() > 0 && report.intervalMs)
     report.pauseMs = std::max(0.0, *pauses_.medianMs() - *report.intervalMs);
   return report;
