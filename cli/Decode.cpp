@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,8 +14,12 @@
 #include "cli/DecodeView.h"
 #include "cli/Ending.h"
 #include "cli/Escape.h"
+#include "cli/FramePicture.h"
 #include "cli/Interrupt.h"
 #include "cli/Output.h"
+#include "cli/ReportPage.h"
+#include "cli/TimelineSvg.h"
+#include "cli/WholeFile.h"
 #include "receiver/analysis/Analysis.h"
 #include "receiver/capture/CaptureReader.h"
 
@@ -30,26 +35,39 @@ struct DecodeOptions : CommonOptions {
   std::string interface;
   bool showSecrets = false;
   bool showFrames = false;
+  std::optional<std::string> timeline;
+  std::optional<std::string> report;
 };
 
 /// Reads one capture to its end.
 class Decoding {
  public:
   Decoding(const DecodeOptions& options, const Interrupt& interrupt, Output& output)
-      : options_(options), interrupt_(interrupt), output_(output), view_(options.showSecrets, output) {}
+      : options_(options),
+        interrupt_(interrupt),
+        output_(output),
+        view_(options.showSecrets, output),
+        analysis_(options.timeline || options.report ? kFramesInPictures : 0) {
+    decoded_.showSecrets = options.showSecrets;
+  }
 
   ExitCode run() {
     open();
+    openPictures(options_.timeline, timeline_);
+    openPictures(options_.report, report_);
+    decoded_.started = {{"event", "started"},
+                        {"file", isLive() ? Json() : jsonText(options_.file)},
+                        {"interface", isLive() ? jsonText(options_.interface) : Json()},
+                        {"link_layer", nameOf(reader_.linkLayer())}};
     output_.report(
         "reading " + name() + ", " + nameOf(reader_.linkLayer()) + (isLive() ? ", Ctrl-C ends" : ""),
-        {{"event", "started"},
-         {"file", isLive() ? Json() : jsonText(options_.file)},
-         {"interface", isLive() ? jsonText(options_.interface) : Json()},
-         {"link_layer", nameOf(reader_.linkLayer())}});
+        decoded_.started);
     Ending ending;
     readAll(ending);
-    const receiver::CaptureReport report = analysis_.report();
-    ending.summary = view_.showReport(report);
+    decoded_.report = analysis_.report();
+    const receiver::CaptureReport& report = decoded_.report;
+    decoded_.senders = view_.showSenders(report);
+    ending.summary = summaryOf(report);
     ending.details = {
         {"frames", report.frames},
         {"seconds", static_cast<double>(report.lastMicroseconds - report.firstMicroseconds) / 1e6},
@@ -59,6 +77,7 @@ class Decoding {
         {"other_multicasts", report.otherGroups},
         {"unicasts", report.unicasts},
         {"verdict", report.senders.empty() ? Json(ending.summary) : Json()}};
+    writePictures(ending);
     return finish(output_, ending);
   }
 
@@ -75,6 +94,14 @@ class Decoding {
     if (isLive()) throw RunFailure("cannot capture on '" + name() + "': " + printable(problem));
     throw RunFailure("'" + name() + "' is no capture that can be read: " + printable(problem) +
                      "; give a pcap or pcapng file");
+  }
+
+  void openPictures(const std::optional<std::string>& picture, std::optional<WholeFile>& file) const {
+    if (!picture) return;
+    std::error_code error;
+    if (!isLive() && std::filesystem::equivalent(*picture, options_.file, error))
+      throw WrongUse("'" + name() + "' is the capture itself: give another name to write to");
+    file.emplace(*picture);
   }
 
   void readAll(Ending& ending) {
@@ -98,6 +125,14 @@ class Decoding {
     ending.stopped = true;
   }
 
+  void writePictures(Ending& ending) {
+    decoded_.finished = finishedEvent(ending);
+    std::string problem;
+    if (timeline_) problem = timeline_->write(timelineSvg(decoded_));
+    if (report_ && problem.empty()) problem = report_->write(reportPage(decoded_));
+    if (ending.problem.empty()) ending.problem = problem;
+  }
+
   void waitForFrames() const {
     pollfd wanted[] = {
         {reader_.descriptor(), POLLIN, 0}, {interrupt_.descriptor(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
@@ -105,7 +140,10 @@ class Decoding {
   }
 
   void take(const receiver::CapturedFrame& frame) {
-    if (analysis_.frames() == 0) view_.noteStart(frame.timeMicroseconds);
+    if (analysis_.frames() == 0) {
+      decoded_.start = frame.timeMicroseconds;
+      view_.noteStart(frame.timeMicroseconds);
+    }
     const receiver::Completion* const completion = analysis_.observe(frame);
     if (options_.showFrames && isOfRun(frame)) view_.showFrame(analysis_.frames(), frame);
     if (completion != nullptr) view_.showCompletion(frame, *completion);
@@ -135,12 +173,17 @@ class Decoding {
   DecodeView view_;
   CaptureReader reader_;
   receiver::Analysis analysis_;
+  Decoded decoded_;
+  std::optional<WholeFile> timeline_;
+  std::optional<WholeFile> report_;
   std::chrono::steady_clock::time_point nextRedraw_;
 };
 
 ExitCode decode(const DecodeOptions& options) {
   if (options.file.empty() && options.interface.empty())
     throw WrongUse("nothing to decode: give a capture file, or --interface");
+  if (options.timeline && options.timeline == options.report)
+    throw WrongUse("--timeline and --report cannot go to the same file");
   const Interrupt interrupt;
   Output output(options, interrupt);
   return Decoding(options, interrupt, output).run();
@@ -165,8 +208,12 @@ Command addDecode(CLI::App& app) {
       ->add_flag("--frames", options->showFrames,
                  "Show every frame that may be of a run; they carry the credentials")
       ->needs(secrets);
+  addTextOption(*command, "--report", options->report,
+                "Write what was found to this file, as a page with pictures, HTML", "FILE");
+  addTextOption(*command, "--timeline", options->timeline,
+                "Write a picture of the frames to this file, as SVG", "FILE");
   addJsonOption(*command, *options);
-  command->footer("Example: zorctl decode air.pcapng");
+  command->footer("Example: zorctl decode air.pcapng --report air.html");
   return {command, [options] { return decode(*options); }};
 }
 

@@ -25,16 +25,18 @@ class DecodeView {
 
   void showCompletion(const receiver::CapturedFrame& frame, const receiver::Completion& completion);
 
-  /// Shows the senders. Returns the last line.
-  std::string showReport(const receiver::CaptureReport& report);
+  /// Shows the senders. Returns their events.
+  std::vector<Json> showSenders(const receiver::CaptureReport& report);
 
  private:
-  void showSender(const receiver::SenderReport& sender);
-  double secondsOf(std::int64_t timeMicroseconds) const;
+  Json showSender(const receiver::SenderReport& sender);
 
   bool showSecrets_;
   Output& output_;
   std::int64_t start_ = 0;
 };
+
+/// The last line about a capture.
+std::string summaryOf(const receiver::CaptureReport& report);
 
 }  // namespace zor::cli

@@ -15,6 +15,9 @@ struct Ending {
   Json details = Json::object();  ///< The keys of the "finished" event between "ok" and "problem".
 };
 
+/// The "finished" event of an ending.
+Json finishedEvent(const Ending& ending);
+
 /// Ends a command: the summary or the "finished" event on stdout, the problem on stderr.
 ExitCode finish(Output& output, const Ending& ending);
 

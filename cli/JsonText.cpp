@@ -15,10 +15,16 @@ Json jsonText(std::string_view bytes) {
 namespace {
 
 Json asTexts(const Json& event) {
+  if (event.is_array()) {
+    Json texts = Json::array();
+    for (const Json& value : event) texts.push_back(asTexts(value));
+    return texts;
+  }
+  if (!event.is_object()) return event;
   Json texts = Json::object();
   for (const auto& [key, value] : event.items()) {
     if (!value.is_binary()) {
-      texts[key] = value.is_object() ? asTexts(value) : value;
+      texts[key] = asTexts(value);
       continue;
     }
     const std::vector<std::uint8_t>& bytes = value.get_binary();

@@ -19,7 +19,7 @@ namespace {
 using namespace zor::simulator;
 
 struct Options {
-  std::string file;
+  std::string file, ssid = "Home", passPhrase = "secret!!";
   CaptureLink link = CaptureLink::radiotap;
   Encryption encryption = Encryption::ccmp;
   Encryption later = Encryption::ccmp;  ///< From `laterSeconds` on.
@@ -70,7 +70,8 @@ class Maker {
 
  private:
   void addPhone(int number, const Pace& pace) {
-    const Secret secret{number == 0 ? "Home" : "Neighbour", number == 0 ? "secret!!" : "another phrase", {}};
+    const Secret secret = number == 0 ? Secret{options_.ssid, options_.passPhrase, {}}
+                                      : Secret{"Neighbour", "another phrase", {}};
     Channels channels;
     channels.version3 = options_.version3 || options_.onlyVersion3;
     const PhonePlan plan = makePlan(secret, pace, channels);
@@ -162,6 +163,8 @@ void addOptions(CLI::App& app, Options& options) {
                                                              {"tkip", Encryption::tkip},
                                                              {"ccmp", Encryption::ccmp}};
   app.add_option("FILE", options.file)->required();
+  app.add_option("--ssid", options.ssid, "Of the first phone");
+  app.add_option("--pass", options.passPhrase, "Of the first phone");
   app.add_option("--link", options.link)->transform(CLI::CheckedTransformer(kLinks));
   app.add_option("--cipher", options.encryption)->transform(CLI::CheckedTransformer(kCiphers));
   app.add_option("--later-cipher", options.later)->transform(CLI::CheckedTransformer(kCiphers));

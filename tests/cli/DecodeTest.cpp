@@ -2,6 +2,8 @@
 #include <stdio.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -15,6 +17,7 @@ namespace {
 using nlohmann::json;
 
 const std::string kCaptures = CAPTURES;
+const std::string kRun = kCaptures + "radiotap.pcap";
 
 TEST(Decode, SaysInOneLineWhyItFails) {
   const struct {
@@ -26,6 +29,10 @@ TEST(Decode, SaysInOneLineWhyItFails) {
       {{"decode", "/no/such"}, "'/no/such' cannot be read: No such file or directory"},
       {{"decode", "a.pcap", "--interface", "zor1"}, "excludes"},
       {{"decode", "a.pcap", "--frames"}, "--show-secrets"},
+      {{"decode", kRun, "--report", kRun}, "is the capture itself"},
+      {{"decode", kRun, "--report", "/tmp/a", "--timeline", "/tmp/a"}, "the same file"},
+      {{"decode", kRun, "--report", "/no/such"}, "'/no/such' cannot be written: No such file", 1},
+      {{"decode", kRun, "--timeline", "/tmp"}, "'/tmp' cannot be written: it is a directory", 1},
       {{"decode", "/etc/passwd"}, "is no capture that can be read: unknown file format", 1},
       {{"decode", "/"}, "is no capture that can be read", 1},
       {{"decode", "--interface", "nowhere0"}, "cannot capture on 'nowhere0'", 1},
@@ -36,6 +43,29 @@ TEST(Decode, SaysInOneLineWhyItFails) {
     EXPECT_EQ(zorctl.out(), "");
     EXPECT_TRUE(isOneLine(zorctl.err()) && contains(zorctl.err(), says)) << zorctl.err();
   }
+}
+
+TEST(Decode, WritesPicturesWholeOrNotAtAll) {
+  Zorctl full({"decode", kRun, "--report", "/dev/full"});
+  EXPECT_EQ(full.wait(), 1);
+  EXPECT_TRUE(isOneLine(full.err()) && contains(full.err(), "'/dev/full' cannot be written: No space left"));
+  EXPECT_TRUE(contains(full.out(), "complete 0.2 s")) << full.out();
+
+  const std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / ("zor-pictures-" + std::to_string(getpid()));
+  std::filesystem::create_directory(folder);
+  Zorctl failing({"decode", "/etc/passwd", "--timeline", folder / "a.svg"});
+  EXPECT_EQ(failing.wait(), 1);
+  EXPECT_TRUE(std::filesystem::is_empty(folder));
+  std::ofstream(folder / "a.svg") << "old";
+  Zorctl drawing({"decode", kCaptures + "two-senders.pcap", "--timeline", folder / "a.svg"});
+  EXPECT_EQ(drawing.wait(), 0) << drawing.err();
+  std::ifstream stream(folder / "a.svg");
+  const std::string svg{std::istreambuf_iterator<char>(stream), {}};
+  EXPECT_TRUE(svg.starts_with("<svg ") && svg.ends_with("</svg>\n")) << svg;
+  EXPECT_TRUE(contains(svg, "the CRC never holds") && contains(svg, "class=\"mark contradicting\"")) << svg;
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
+  std::filesystem::remove_all(folder);
 }
 
 TEST(Decode, ReportsWhatWasReadOfAFileCutShort) {
