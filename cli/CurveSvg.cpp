@@ -17,7 +17,12 @@ constexpr double kBottom = 360;
 constexpr double kWidth = 720;
 constexpr double kHeight = 410;
 
+constexpr double kLineHeight = 16;
+
 constexpr int kMarks = 5;
+
+/// Widest line of the title that fits.
+constexpr std::size_t kColumns = 95;
 
 class Curve {
  public:
@@ -30,7 +35,7 @@ class Curve {
   }
 
   std::string svg(const std::string& title) {
-    svg_.text((kLeft + kRight) / 2, kTop - 18, "strong middle", title);
+    drawTitle(title);
     drawAxes();
     drawLine();
     return svg_.file(kWidth, kHeight);
@@ -39,6 +44,15 @@ class Curve {
  private:
   double x(double seconds) const { return kLeft + (kRight - kLeft) * seconds / end_; }
   static double y(double share) { return kBottom - (kBottom - kTop) * share; }
+
+  void drawTitle(const std::string& title) {
+    const std::vector<std::string> lines = linesOf(title, kColumns);
+    double baseline = kTop - 12 - kLineHeight * static_cast<double>(lines.size() - 1);
+    for (const std::string& line : lines) {
+      svg_.text((kLeft + kRight) / 2, baseline, "middle", line);
+      baseline += kLineHeight;
+    }
+  }
 
   void drawAxes() {
     for (int percent = 0; percent <= 100; percent += 25) {

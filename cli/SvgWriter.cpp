@@ -55,6 +55,17 @@ std::string SvgWriter::file(double width, double height) const {
   return file.str();
 }
 
+std::vector<std::string> linesOf(const std::string& text, std::size_t columns) {
+  std::vector<std::string> lines(1);
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    if (lines.back().size() + word.size() >= columns) lines.emplace_back();
+    if (!lines.back().empty()) lines.back() += ' ';
+    lines.back() += word;
+  }
+  return lines;
+}
+
 double markDistance(double range, int count) {
   const double rough = std::max(range, 1e-3) / count;
   const double power = std::pow(10, std::floor(std::log10(rough)));

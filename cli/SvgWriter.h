@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zor::cli {
 
@@ -24,6 +26,9 @@ class SvgWriter {
  private:
   std::ostringstream body_;
 };
+
+/// Breaks `text` between words into lines of fewer than `columns` bytes, as far as words are shorter.
+std::vector<std::string> linesOf(const std::string& text, std::size_t columns);
 
 /// The distance of about `count` marks on an axis of length `range`: 1, 2 or 5 times a power of ten.
 double markDistance(double range, int count);

@@ -154,20 +154,8 @@ class Leg {
   PictureRange range_;
 };
 
-/// Breaks `text` between words.
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines(1);
-  std::istringstream words(text);
-  for (std::string word; words >> word;) {
-    if (lines.back().size() + word.size() >= kColumns) lines.emplace_back();
-    if (!lines.back().empty()) lines.back() += ' ';
-    lines.back() += word;
-  }
-  return lines;
-}
-
 double drawLines(SvgWriter& svg, double top, const char* classes, const std::string& text) {
-  for (const std::string& line : linesOf(text)) svg.text(20, top += kLineHeight, classes, line);
+  for (const std::string& line : linesOf(text, kColumns)) svg.text(20, top += kLineHeight, classes, line);
   return top;
 }
 
