@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::int32_t kRunMs = 100'000;
 
-std::string timeOfDay() {
+std::string timeOfDayText() {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
   localtime_r(&now, &local);
@@ -60,7 +60,7 @@ void ZORBroadcast_SSID_Password::stopBroadcast() {
 
 void ZORBroadcast_SSID_Password::LogStr(std::string_view text) {
   try {
-    ZorPostToMainQueue([time = timeOfDay(), text = std::string(text)] {
+    ZorPostToMainQueue([time = timeOfDayText(), text = std::string(text)] {
       const std::string line = time + "] " + text + "\r\n";
     });
   } catch (const std::exception&) {

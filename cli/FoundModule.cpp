@@ -5,7 +5,7 @@
 namespace zor::cli {
 namespace {
 
-std::string describe(const FoundModule& module) {
+std::string describeModule(const FoundModule& module) {
   std::string text = "module " + printable(module.id) + " at " + module.address;
   if (!module.version.empty()) text += ", version " + printable(module.version);
   if (!module.capabilities.empty()) text += ", capabilities " + printable(module.capabilities);
@@ -25,7 +25,7 @@ Json makeEvent(const char* name, const FoundModule& module) {
 }  // namespace
 
 std::string foundText(const FoundModule& module) {
-  return "found " + describe(module);
+  return "found " + describeModule(module);
 }
 
 Json foundEvent(const FoundModule& module) {
@@ -33,7 +33,7 @@ Json foundEvent(const FoundModule& module) {
 }
 
 std::string alreadyThereText(const FoundModule& module) {
-  return "already there, not counted: " + describe(module);
+  return "already there, not counted: " + describeModule(module);
 }
 
 Json alreadyThereEvent(const FoundModule& module) {

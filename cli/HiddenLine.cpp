@@ -13,7 +13,7 @@ namespace zor::cli {
 namespace {
 
 /// A signal that comes just before the wait for input does not end that wait; it is seen this much later.
-constexpr int kPollMs = 100;
+constexpr int kKeyPollMs = 100;
 
 volatile std::sig_atomic_t suspendAsked = 0;
 volatile std::sig_atomic_t continued = 0;
@@ -98,7 +98,7 @@ std::string askHidden(const std::string& prompt, const Interrupt& interrupt) {
   const Handler onContinue(SIGCONT);
   Prompt shown(prompt, interrupt);
   pollfd wanted[] = {{STDIN_FILENO, POLLIN, 0}, {interrupt.descriptor(), POLLIN, 0}};
-  while (poll(wanted, 2, kPollMs) <= 0) shown.obeyJobControl();
+  while (poll(wanted, 2, kKeyPollMs) <= 0) shown.obeyJobControl();
   if (interrupt.raised())
     throw Stopped("stopped before the pass phrase was given; nothing was sent", interrupt.exitCode());
   char line[4096];  // The longest line that a terminal takes.

@@ -17,18 +17,18 @@
 namespace zor::cli {
 namespace {
 
-constexpr int kAutomaticPort = 0;
+constexpr int kAutomaticListenPort = 0;
 constexpr int kLastPort = 65534;
-constexpr int kPollMs = 200;  ///< How often a closed stdout is looked for.
+constexpr int kOutputPollMs = 200;  ///< How often a closed stdout is looked for.
 
 struct ListenOptions : CommonOptions {
   std::string interface;
-  int port = kAutomaticPort;
+  int port = kAutomaticListenPort;
 };
 
 /// Why the listener did not start; `error` is the system's.
 std::string noPortText(int port, int error) {
-  if (port == kAutomaticPort) return "no UDP port could be opened: " + explainSocketError(error);
+  if (port == kAutomaticListenPort) return "no UDP port could be opened: " + explainSocketError(error);
   return "UDP port " + std::to_string(port) + " could not be opened: " + explainPortError(error);
 }
 
@@ -50,7 +50,7 @@ ExitCode listen(const ListenOptions& options) {
                 {{"event", "listening"},
                  {"port", port},
                  {"interface", interface.empty() ? Json() : jsonText(interface)}});
-  while (!interrupt.raised() && !output.isGone()) runMainQueueFor(kPollMs, interrupt);
+  while (!interrupt.raised() && !output.isGone()) runMainQueueFor(kOutputPollMs, interrupt);
 
   s_threadSmartOnlineListen.cancel();
   s_threadSmartOnlineListen.waitUntilEmpty();

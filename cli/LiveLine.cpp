@@ -29,11 +29,11 @@ std::string LiveLine::toStart(std::size_t width) const {
 
 std::string withBar(std::string_view text, double share, std::size_t width) {
   constexpr std::size_t kFrame = 4;  // A space, two brackets, and the last column, which stays free.
-  constexpr std::size_t kMinWidth = 5;
+  constexpr std::size_t kMinBarWidth = 5;
   constexpr std::size_t kMaxWidth = 40;
   std::string line(text);
   const std::size_t taken = columns(text);
-  if (taken + kFrame + kMinWidth > width) return line;
+  if (taken + kFrame + kMinBarWidth > width) return line;
   const std::size_t bar = std::min(kMaxWidth, width - kFrame - taken);
   const auto filled = static_cast<std::size_t>(std::clamp(share, 0.0, 1.0) * static_cast<double>(bar));
   return line.append(" [").append(filled, '#').append(bar - filled, '-').append("]");

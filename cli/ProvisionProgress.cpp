@@ -5,10 +5,8 @@
 namespace zor::cli {
 namespace {
 
-using std::chrono::seconds;
-
-constexpr seconds kJsonProgress{1};
-constexpr seconds kTextProgress{10};
+constexpr std::chrono::seconds kJsonProgress{1};
+constexpr std::chrono::seconds kTextProgress{10};
 
 /// "1 frame", "2 frames".
 std::string counted(std::int64_t count, const char* thing) {
@@ -16,7 +14,7 @@ std::string counted(std::int64_t count, const char* thing) {
 }
 
 std::int64_t secondsLeft(const ProvisionState& state) {
-  return std::chrono::ceil<seconds>(state.left).count();
+  return std::chrono::ceil<std::chrono::seconds>(state.left).count();
 }
 
 std::string progressText(const ProvisionState& state) {

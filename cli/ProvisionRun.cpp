@@ -19,7 +19,6 @@ namespace zor::cli {
 namespace {
 
 using std::chrono::milliseconds;
-using std::chrono::seconds;
 
 constexpr std::int32_t kAutomaticPort = 0;
 constexpr std::int32_t kNoTimeout = std::numeric_limits<std::int32_t>::max();
@@ -171,7 +170,7 @@ void ProvisionRun::stop() {
 }
 
 /// Follows one phase of the run to its end.
-void ProvisionRun::follow(seconds phase, bool sending) {
+void ProvisionRun::follow(std::chrono::seconds phase, bool sending) {
   const Clock::time_point end = Clock::now() + phase;
   while (!enoughFound() && !interrupt_.raised()) {
     const Clock::duration left = end - Clock::now();
@@ -181,7 +180,7 @@ void ProvisionRun::follow(seconds phase, bool sending) {
   }
 }
 
-void ProvisionRun::look(bool sending, Clock::duration left, seconds phase) {
+void ProvisionRun::look(bool sending, Clock::duration left, std::chrono::seconds phase) {
   const ZorRunReport report = suite_.SmartConfigReport();
   failedMulticasts_.look(report.multicast.failedSends, report.multicast.error, output_);
   failedBroadcasts_.look(report.broadcast.failedSends, report.broadcast.error, output_);

@@ -19,7 +19,7 @@
 namespace zor::cli {
 namespace {
 
-constexpr int kPollMs = 20;  ///< How often the end of the search is looked for.
+constexpr int kSearchPollMs = 20;  ///< How often the end of the search is looked for.
 
 struct SearchOptions : CommonOptions {
   std::string interface;
@@ -63,10 +63,10 @@ std::string problemOf(std::size_t count, bool interrupted, const ZorSearchReport
 }
 
 /// Shows what the search finds until it has ended. Returns whether a signal ended it.
-bool follow(ZorSuite& suite, Output& output, const Interrupt& interrupt) {
+bool followSearch(ZorSuite& suite, Output& output, const Interrupt& interrupt) {
   FailedSends failedRequests("a request");
   while (s_threadDeviceSearch && !interrupt.raised()) {
-    runMainQueueFor(kPollMs, interrupt);
+    runMainQueueFor(kSearchPollMs, interrupt);
     const ZorSearchReport report = suite.DeviceSearchReport();
     if (report.socketsOpened > 0) failedRequests.look(report.requestsFailed, report.error, output);
   }
@@ -95,7 +95,7 @@ ExitCode search(const SearchOptions& options) {
 
   suite.DeviceSearchSetProperty(options.intervalMs, options.count);
   suite.DeviceSearch();
-  const bool interrupted = follow(suite, output, interrupt);
+  const bool interrupted = followSearch(suite, output, interrupt);
   const std::size_t count = modules->count();
   return finish(output, {.problem = problemOf(count, interrupted, suite.DeviceSearchReport()),
                          .stopped = interrupted,

@@ -60,7 +60,7 @@ std::vector<simulator::Outcome> runAll(const simulator::Scenario& scenario, int 
   return outcomes;
 }
 
-std::string secondsText(double seconds) {
+std::string trialTimeText(double seconds) {
   if (seconds >= simulator::kGiveUpSeconds) return "not within 100 s";
   char text[32];
   std::snprintf(text, sizeof text, "%.2f s", seconds);
@@ -84,7 +84,7 @@ Times sortedTimes(const std::vector<simulator::Outcome>& outcomes) {
   return times;
 }
 
-std::string describe(const SimulateOptions& options) {
+std::string describeRuns(const SimulateOptions& options) {
   return "pace " + printable(options.pace) + ", air \"" + options.air + "\", " +
          std::to_string(options.lossPercent) + " % of frames lost, SSID of " +
          std::to_string(options.ssidLength) + " and pass phrase of " + std::to_string(options.passLength) +
@@ -99,14 +99,14 @@ Ending show(const Times& times, Output& output) {
     curve.push_back({{"percent", percent}, {"seconds", seconds}});
     char share[16];
     std::snprintf(share, sizeof share, "%9d %%  ", percent);
-    output.reportText(share + secondsText(seconds));
+    output.reportText(share + trialTimeText(seconds));
   }
   const auto failed = std::count_if(times.decoder.begin(), times.decoder.end(),
                                     [](double seconds) { return seconds >= simulator::kGiveUpSeconds; });
   Ending ending;
   const double median = simulator::median(times.decoder);
   const double p95 = simulator::percentile(times.decoder, 0.95);
-  ending.summary = "median " + secondsText(median) + ", 95th percentile " + secondsText(p95) + ", " +
+  ending.summary = "median " + trialTimeText(median) + ", 95th percentile " + trialTimeText(p95) + ", " +
                    std::to_string(failed) + " of " + std::to_string(times.decoder.size()) +
                    " runs not provisioned within 100 s";
   ending.details = {{"median_seconds", median},
@@ -131,18 +131,18 @@ ExitCode simulate(const SimulateOptions& options) {
   if (options.curveFile) file.emplace(*options.curveFile);
   const Interrupt interrupt;
   Output output(options, interrupt);
-  output.report(describe(options), {{"event", "simulating"},
-                                    {"ssid_length", options.ssidLength},
-                                    {"pass_length", options.passLength},
-                                    {"loss_percent", options.lossPercent},
-                                    {"air", options.air},
-                                    {"pace", pace},
-                                    {"runs", options.runs}});
+  output.report(describeRuns(options), {{"event", "simulating"},
+                                        {"ssid_length", options.ssidLength},
+                                        {"pass_length", options.passLength},
+                                        {"loss_percent", options.lossPercent},
+                                        {"air", options.air},
+                                        {"pace", pace},
+                                        {"runs", options.runs}});
   const Times times =
       sortedTimes(runAll({{{&plan, &earlier}}, environment}, options.runs, output, interrupt));
   Ending ending = show(times, output);
   if (file)
-    ending.problem = file->write(curveSvg(times.decoder, simulator::kGiveUpSeconds, describe(options)));
+    ending.problem = file->write(curveSvg(times.decoder, simulator::kGiveUpSeconds, describeRuns(options)));
   return finish(output, ending);
 }
 

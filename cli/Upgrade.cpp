@@ -22,7 +22,7 @@
 namespace zor::cli {
 namespace {
 
-constexpr std::chrono::milliseconds kPoll{20};  ///< How often the status is read.
+constexpr std::chrono::milliseconds kStatusPoll{20};  ///< How often the status is read.
 constexpr std::size_t kMaxUrlLength = kZorUpgradeUrlSize - 1;
 
 struct UpgradeOptions : CommonOptions {
@@ -135,13 +135,13 @@ void showPhase(Output& output, std::int32_t status) {
 /// Waits until the next look at the status. Returns false when a signal came.
 bool wait(ClockWatch& clocks, const Interrupt& interrupt) {
   const auto start = ClockWatch::Clock::now();
-  if (interrupt.wait(static_cast<int>(kPoll.count()))) return false;
-  clocks.noteWait(ClockWatch::Clock::now() - start, kPoll);
+  if (interrupt.wait(static_cast<int>(kStatusPoll.count()))) return false;
+  clocks.noteWait(ClockWatch::Clock::now() - start, kStatusPoll);
   return true;
 }
 
 /// Shows the phases until the upgrade has ended. Returns how it ended, or nothing when a signal came first.
-std::optional<EndedUpgrade> follow(ZorSuite& suite, Output& output, const Interrupt& interrupt) {
+std::optional<EndedUpgrade> followUpgrade(ZorSuite& suite, Output& output, const Interrupt& interrupt) {
   std::int32_t shown = kZorUpgradeRequested;
   FailedSends failedRequests("a request");
   ClockWatch clocks;
@@ -196,7 +196,7 @@ ExitCode upgrade(const UpgradeOptions& options) {
        {"route", routeJson(route)}});
   suite.DeviceUpgrade(options.address, options.url);
 
-  const std::optional<EndedUpgrade> ended = follow(suite, output, interrupt);
+  const std::optional<EndedUpgrade> ended = followUpgrade(suite, output, interrupt);
   return finish(output, ended ? endingOf(*ended) : endingWhenLeft(suite.DeviceUpgradeProgress()));
 }
 

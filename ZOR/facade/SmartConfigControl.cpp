@@ -19,7 +19,7 @@ namespace zor {
 namespace {
 
 /// When the latest run began, by the monotonic clock; the suite's state holds the wall clock's reading.
-std::atomic<std::int64_t> steadyStartMs{0};
+std::atomic<std::int64_t> smartSteadyStartMs{0};
 
 }  // namespace
 
@@ -29,7 +29,7 @@ void storeSmartConfigInputs(std::string_view ssid, std::string_view password, st
   // In this order: a broadcast sender that runs on beside a version 3 start must not see the new
   // time-out with the old start, nor a reader of the progress the new start with the old last send.
   const long now = ZorGetUsec();
-  steadyStartMs = steadyMs();
+  smartSteadyStartMs = steadyMs();
   s_ZorDevice.smartLastMs = now;
   s_ZorDevice.smartStartMs = now;
   s_ZorDevice.smartTimeout = timeout;
@@ -39,7 +39,7 @@ void storeSmartConfigInputs(std::string_view ssid, std::string_view password, st
 
 bool smartConfigTimeLeft() {
   const std::int32_t timeout = s_ZorDevice.smartTimeout;  // First, as it is stored last.
-  return elapsedMs(s_ZorDevice.smartStartMs, steadyStartMs) < timeout;
+  return elapsedMs(s_ZorDevice.smartStartMs, smartSteadyStartMs) < timeout;
 }
 
 }  // namespace zor

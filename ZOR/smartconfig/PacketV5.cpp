@@ -9,7 +9,7 @@
 namespace {
 
 constexpr std::uint8_t kHeadBase = 0x10;
-constexpr std::size_t kHeaderSize = 4;
+constexpr std::size_t kHeaderSizeV5 = 4;
 
 }  // namespace
 
@@ -22,7 +22,7 @@ std::int32_t ZorBuildPacketSmartConfigV5(void* out, const char* ssid, const char
   const std::size_t payloadLength = ssidLength + passwordLength + appended;
 
   auto* const packet = static_cast<std::uint8_t*>(out);
-  std::uint8_t* const payload = packet + kHeaderSize;
+  std::uint8_t* const payload = packet + kHeaderSizeV5;
   std::memcpy(payload, ssid, ssidLength);
   std::memcpy(payload + ssidLength, password, passwordLength);
   if (appended > 0) std::memcpy(payload + ssidLength + passwordLength, append, appended);
@@ -31,5 +31,5 @@ std::int32_t ZorBuildPacketSmartConfigV5(void* out, const char* ssid, const char
   packet[1] = static_cast<std::uint8_t>(ZorGetCrc8(payload, static_cast<std::uint32_t>(payloadLength)));
   packet[2] = static_cast<std::uint8_t>(ssidLength);
   packet[3] = static_cast<std::uint8_t>(passwordLength);
-  return static_cast<std::int32_t>(kHeaderSize + payloadLength);
+  return static_cast<std::int32_t>(kHeaderSizeV5 + payloadLength);
 }

@@ -7,8 +7,8 @@ namespace zor {
 namespace {
 
 constexpr const char* kSyncGroup = "239.122.111.114";
-constexpr std::uint8_t kEvenMark = 111;
-constexpr std::uint8_t kOddMark = 114;
+constexpr std::uint8_t kEvenMarkV5 = 111;
+constexpr std::uint8_t kOddMarkV5 = 114;
 
 std::int32_t sendSync(Air& air) {
   for (std::int32_t tag = 0; tag < s_ZorSmart5_McTagRepeat; ++tag) {
@@ -23,7 +23,7 @@ std::int32_t sendSync(Air& air) {
 std::int32_t sendData(Air& air, const PacketV5& packet) {
   for (std::int32_t k = 0; 2 * k < packet.length; ++k) {
     if (air.cancelled()) return 0;
-    const GroupText group(k % 2 == 0 ? kEvenMark : kOddMark, &packet.bytes[2 * k]);
+    const GroupText group(k % 2 == 0 ? kEvenMarkV5 : kOddMarkV5, &packet.bytes[2 * k]);
     if (air.send(group.text(), frameLength(s_ZorSmart5_McLen, k)) < 0) return kZorMulticastDataFailed;
     air.wait(s_ZorSmart5_McCharInterval);
   }

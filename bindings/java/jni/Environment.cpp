@@ -8,7 +8,7 @@ namespace {
 constexpr jint kReferencesOfACallback = 8;
 
 JavaVM* machine;
-Callbacks found;
+Callbacks javaCallbacks;
 pthread_key_t attachedKey;  ///< Not null on the threads that this file has attached.
 
 void detach(void*) {
@@ -30,7 +30,7 @@ JNIEnv* attach() {
 
 jmethodID methodOf(JNIEnv* environment, const char* name, const char* signature) {
   return environment->ExceptionCheck() ? nullptr
-                                       : environment->GetStaticMethodID(found.type, name, signature);
+                                       : environment->GetStaticMethodID(javaCallbacks.type, name, signature);
 }
 
 }  // namespace
@@ -39,17 +39,17 @@ bool setUp(JavaVM* javaMachine, JNIEnv* environment) {
   machine = javaMachine;
   const jclass type = environment->FindClass("zorsuite/Callbacks");
   if (type == nullptr) return false;
-  found.type = static_cast<jclass>(environment->NewGlobalRef(type));
-  if (found.type == nullptr) return false;
-  found.post = methodOf(environment, "post", "(J)Z");
-  found.onModule = methodOf(environment, "onModule", "(Lzorsuite/ZorSuiteListener;Z[B[B[B[B[B)V");
-  found.onSocket = methodOf(environment, "onSocket", "(Lzorsuite/ZorSocketHook;I)Z");
-  found.onLine = methodOf(environment, "onLine", "(Lzorsuite/ZorLogSink;[B)V");
-  return found.onLine != nullptr && pthread_key_create(&attachedKey, detach) == 0;
+  javaCallbacks.type = static_cast<jclass>(environment->NewGlobalRef(type));
+  if (javaCallbacks.type == nullptr) return false;
+  javaCallbacks.post = methodOf(environment, "post", "(J)Z");
+  javaCallbacks.onModule = methodOf(environment, "onModule", "(Lzorsuite/ZorSuiteListener;Z[B[B[B[B[B)V");
+  javaCallbacks.onSocket = methodOf(environment, "onSocket", "(Lzorsuite/ZorSocketHook;I)Z");
+  javaCallbacks.onLine = methodOf(environment, "onLine", "(Lzorsuite/ZorLogSink;[B)V");
+  return javaCallbacks.onLine != nullptr && pthread_key_create(&attachedKey, detach) == 0;
 }
 
 const Callbacks& callbacks() {
-  return found;
+  return javaCallbacks;
 }
 
 JNIEnv* environmentOfThread() {
