@@ -56,10 +56,10 @@ ThreadUse measureListenerOfRun(double seconds) {
   return measureRun(seconds).listener;
 }
 
-template <Sleeps kSleeps>
+template <Sleeps Kind>
 ThreadUse measureSleeps(double seconds) {
   const ThreadIds before = threadIds();
-  const SleepingRun run(sampleInputs(), kSleeps);
+  const SleepingRun run(sampleInputs(), Kind);
   return useDuring(threadIdsSince(before), seconds);
 }
 
