@@ -26,8 +26,9 @@ std::string actionOf(const OptionOutline& option) {
   for (const std::string& word : option.words) words += (words.empty() ? "" : " ") + word;
   if (option.completion == Completion::interfaces) return "_zorctl_interfaces";
   if (option.completion == Completion::none) return words.empty() ? " " : "(" + words + ")";
-  return words.empty() ? "_files"
-                       : "_alternative \"words\\:word\\:(" + words + ")\" \"files\\:file\\:_files\"";
+  return words.empty()
+             ? "_files"
+             : R"zsh(_alternative "words\:word\:()zsh" + words + R"zsh()" "files\:file\:_files")zsh";
 }
 
 /// The specifications of the options of `command` for `_arguments`, one a line.
