@@ -12,6 +12,10 @@ namespace zor::cli {
 /// How many frames of each sender and leg are kept for pictures: more than 20 s of any named pace.
 inline constexpr std::size_t kFramesInPictures = 5000;
 
+inline double toSeconds(std::int64_t microseconds) {
+  return static_cast<double>(microseconds) / 1e6;
+}
+
 /// The names of the rows of a timeline, by `FrameRole`.
 inline constexpr std::array<const char*, receiver::kFrameRoles> kRoleNames = {
     "multicast sync", "multicast data", "broadcast sync", "value",

@@ -27,10 +27,6 @@ std::string scriptText(const Json& json) {
   return text;
 }
 
-double toSeconds(std::int64_t microseconds) {
-  return static_cast<double>(microseconds) / 1e6;
-}
-
 /// [number, seconds, role, news, offset], with secrets also destination and length.
 Json frameJson(const LoggedFrame& frame, bool showSecrets) {
   Json json = {frame.number, toSeconds(frame.timeMicroseconds), static_cast<int>(frame.role),

@@ -35,10 +35,6 @@ std::string secondsText(double seconds) {
   return text.str();
 }
 
-double toSeconds(std::int64_t microseconds) {
-  return static_cast<double>(microseconds) / 1e6;
-}
-
 double toTenths(std::int64_t microseconds) {
   return std::round(static_cast<double>(microseconds) / 1e5) / 10;
 }
