@@ -13,9 +13,12 @@ constexpr std::int64_t kMaxSilence = 60'000'000;
 /// Until the length of a cycle is known, the same number this soon is the same frame sent again.
 constexpr std::int64_t kMaxRepeatWithin = 200'000;
 
-/// Frames closer together than any sender's come from a buffer.
+/// A buffer releases its frames close together and then waits. Some senders are as fast, but do not wait in
+/// the middle of a cycle.
 constexpr std::size_t kBurstMs = 4;
 constexpr double kBurstShare = 0.3;
+constexpr std::size_t kHoldMs = 20;
+constexpr double kHoldShare = 0.04;
 
 }  // namespace
 
@@ -70,7 +73,8 @@ void CycleMeter::describe(ChannelReport& report) const {
   report.cycles = cycles_;
   if (sent_ > 1) report.loss = 1 - static_cast<double>(heard_) / static_cast<double>(sent_);
   report.intervalMs = steps_.medianMs();
-  report.inBursts = steps_.shareBelow(kBurstMs) >= kBurstShare;
+  report.inBursts =
+      steps_.shareBelow(kBurstMs) >= kBurstShare && 1 - steps_.shareBelow(kHoldMs) >= kHoldShare;
 }
 
 void CycleMeter::begin(int number) {

@@ -21,7 +21,8 @@ void PrintTo(FindingKind kind, std::ostream* out) {
 
 namespace {
 
-constexpr KnownPace kPaces[] = {{"default", 30, 100, 15, 100}, {"fast", 8, 0, 9, 100}};
+constexpr KnownPace kPaces[] = {
+    {"default", 30, 100, 15, 100}, {"fast", 3, 60, 15, 100}, {"brief", 3, 100, 15, 100}};
 constexpr MacAddress kPhone = {2, 0, 0, 0, 0, 1};
 
 struct Read {
@@ -100,6 +101,8 @@ TEST(Verdict, NamesTheCause) {
   } kCases[] = {
       {"both-legs.pcap", {complete}, "complete 0.2 s after its first frame"},
       {"mixed.pcap", {complete}, "version 5"},
+      {"fast.pcap", {complete}, "complete"},
+      {"brief.pcap", {complete, broadcastMissing}, "its broadcast length base is 0"},
       {"held.pcap", {complete, heldInBursts}, "hold"},
       {"only-v3.pcap", {complete, onlyVersion3}, "only version 3"},
       {"no-multicast.pcap", {complete, multicastMissing}, "the phone sends none"},
