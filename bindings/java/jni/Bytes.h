@@ -42,7 +42,7 @@ class Bytes {
 
 /// A new Java array of the text's bytes; null, with an exception pending, without memory.
 inline jbyteArray arrayOf(JNIEnv* environment, const zor_text& text) {
-  const jsize length = static_cast<jsize>(text.length);
+  const auto length = static_cast<jsize>(text.length);
   const jbyteArray array = environment->NewByteArray(length);
   if (array == nullptr) return nullptr;
   environment->SetByteArrayRegion(array, 0, length, reinterpret_cast<const jbyte*>(text.bytes));
