@@ -18,6 +18,9 @@ constexpr int kContradictionsOfAnotherRun = 3;
 /// Votes of a value that need no further sighting.
 constexpr std::uint8_t kVotesToTrust = 2;
 
+/// Two runs that clash again within this time are of two phones.
+constexpr Moment kClashesOfTwoPhones = 5'000;
+
 /// A repeated value frame that comes too late looks like the next byte's, and does so again and again.
 constexpr std::uint8_t kVotesInDisorder = 5;
 
@@ -61,12 +64,16 @@ void PacketEvidence::restart() {
   fresh.changes_ = changes_ + 1;
   fresh.strays_ = strays_;
   fresh.foreign_ = foreign_;
+  fresh.clashed_ = clashed_;
+  fresh.shared_ = shared_;
+  fresh.lastClash_ = lastClash_;
   fresh.restarted_ = true;
   *this = fresh;
 }
 
 void PacketEvidence::add(int piece, std::uint8_t value, Source source, Moment seen) {
   if (piece < 0 || piece >= kPieces) return;
+  shared_ = shared_ && seen - lastClash_ < kClashesOfTwoPhones;
   if (restarted_ && source == Source::length) return;  // Placed by what was known of the last run.
   if (cell(piece).votes == 0) {
     learn(piece, value, source, seen);
@@ -130,7 +137,7 @@ void PacketEvidence::contradict(int piece, std::uint8_t value, Source source, Mo
   Cell& known = cell(piece);
   const bool certain = source == Source::group && (known.flags & kInGroup) != 0;
   if (certain || ++contradictions_ >= kContradictionsOfAnotherRun) {
-    restart();
+    clash(seen);
     learn(piece, value, source, seen);
     return;
   }
@@ -142,6 +149,15 @@ void PacketEvidence::contradict(int piece, std::uint8_t value, Source source, Mo
   } else {
     learn(piece, value, source, seen);
   }
+}
+
+/// Two runs do not agree. One that ends as the other begins does so once; two of different phones, behind a
+/// range extender, do so again and again.
+void PacketEvidence::clash(Moment seen) {
+  shared_ = clashed_ && seen - lastClash_ < kClashesOfTwoPhones;
+  clashed_ = true;
+  lastClash_ = seen;
+  restart();
 }
 
 void PacketEvidence::noteBreak(Source source, Moment at, bool provisional) {
@@ -213,6 +229,7 @@ int PacketEvidence::packetLength() const {
 }
 
 bool PacketEvidence::isCertain(const Cell& seen) const {
+  if (shared_ && seen.votes < kVotesToTrust) return false;
   const bool misleads = disorder_ == kDisorder || (strays_ && (seen.flags & kByOrder) != 0);
   return (seen.flags & kInGroup) != 0 || seen.votes >= (misleads ? kVotesInDisorder : kVotesToTrust);
 }
@@ -272,6 +289,7 @@ std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding en
     doubtfulPiece = piece;
     byOrder = byOrder || (seen.flags & kByOrder) != 0;
   }
+  if (shared_ && doubtful + doubtfulLengths > 0) return std::nullopt;
   const bool quiet = !strays_ && disorder_ == 0;
   if (!quiet && doubtful + doubtfulLengths > kDoubtfulBytesAmongStrays) return std::nullopt;
   const bool confirmed = lengthConfirmed(length) && disorder_ == 0;

@@ -514,6 +514,20 @@ TEST(Decoder, ReadsAPhoneThatIsHeardWithAnAccessPointThatHoldsFrames) {
   }
 }
 
+TEST(Decoder, DoesNotMixTwoPhonesBehindOneAddress) {
+  const Phone other{.ssid = kHome.ssid, .passPhrase = "c0rrect h0rse battery", .append = {0x62, 0xb3}};
+  const Air both = merge(kHome.run("m", 0, 60'000), other.run("m", 217, 60'000));
+  std::size_t rejections = 0;
+  for (unsigned seed = 1; seed <= 100; ++seed) {
+    SCOPED_TRACE(seed);
+    Decoder decoder;
+    decoder.setRejectionListener([&](const Credentials&) { ++rejections; });
+    for (const Credentials& report : decode(decoder, disturb(both, 0.7, 0, seed)))
+      EXPECT_TRUE(report == kHome.credentials() || report == other.credentials());
+  }
+  EXPECT_LE(rejections, 10u);  // Each is wrong credentials that nothing but the CRC has stopped.
+}
+
 TEST(Decoder, TellsWhatOnlyTheCrcStopped) {
   Phone faulty = kHome;
   faulty.crcFault = 0x04;
