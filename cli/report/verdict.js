@@ -107,8 +107,9 @@ function makeChannel(channel, picture) {
   const pause = channel.pause_ms === null ? "" : `, pause ${channel.pause_ms} ms`;
   const spacing = channel.in_bursts ? "in bursts" :
       channel.interval_ms === null ? null : `every ${channel.interval_ms} ms${pause}`;
+  const assumed = channel.length_base_assumed ? " assumed" : "";
   const base = channel.length_base === null ? "" :
-      `: base ${channel.length_base}, overhead ${channel.overhead}, encryption ${channel.encryption}`;
+      `: base ${channel.length_base}${assumed}, overhead ${channel.overhead}, encryption ${channel.encryption}`;
   const syncs = channel.sync_length === null ? "none" : `of ${channel.sync_length} bytes${base}`;
   const both = make("div", "both", makeFacts([
     ["Frames", `${channel.frames} in ${count(channel.cycles, "cycle")}`],
