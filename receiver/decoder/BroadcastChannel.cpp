@@ -12,8 +12,8 @@ namespace {
 /// Equal lengths this close together are one frame heard twice.
 constexpr std::int64_t kCopyWithin = 3'000;
 
-/// Different frames this close together come from a buffer: no sender is that fast, and the times mean
-/// nothing.
+/// No sender is this fast. Of two frames so close together one may be a stray; more come from a buffer, and
+/// their times mean nothing.
 constexpr std::int64_t kBurstWithin = 4'000;
 
 /// No new cycle starts this early: sync frames and values come between its positions and those of the last

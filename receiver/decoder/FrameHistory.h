@@ -44,7 +44,7 @@ class FrameHistory {
     std::uint16_t gap;  ///< Since the frame before it, in units of kUnit.
   };
 
-  /// Room for most of a cycle of the longest packet.
+  /// Room for more than half of a cycle of the longest packet.
   static constexpr std::size_t kMaxFrames = 120;
   static constexpr std::int64_t kUnit = 100;  ///< Microseconds.
 

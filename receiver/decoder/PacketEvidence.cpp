@@ -151,8 +151,8 @@ void PacketEvidence::contradict(int piece, std::uint8_t value, Source source, Mo
   }
 }
 
-/// Two runs do not agree. One that ends as the other begins does so once; two of different phones, behind a
-/// range extender, do so again and again.
+/// Two runs contradict each other. A run that replaces another contradicts it once. Two phones that share an
+/// address, as behind a range extender, contradict each other again and again.
 void PacketEvidence::clash(Moment seen) {
   shared_ = clashed_ && seen - lastClash_ < kClashesOfTwoPhones;
   clashed_ = true;

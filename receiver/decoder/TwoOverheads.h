@@ -22,7 +22,8 @@ class TwoOverheads {
     bool isLate = false;    ///< Others may have been heard since the frame's time: its copy was held back.
   };
 
-  /// Takes the next multicast or broadcast of the sender. Returns nothing for a repetition.
+  /// Takes the next multicast or broadcast of the sender. While active(), returns nothing
+  /// for a repetition.
   std::optional<Sorted> observe(const Observation& frame);
 
   /// True while frames come in two lengths.
