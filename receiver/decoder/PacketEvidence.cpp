@@ -99,19 +99,25 @@ void PacketEvidence::learn(int piece, std::uint8_t value, Source source, Moment 
   start_ = knownCount_ == 0 ? seen : std::min(start_, seen);
   if (cell(piece).votes == 0) ++knownCount_;
   ++changes_;
-  cell(piece) = Cell{seen, value, 1, flagOf(source), static_cast<std::uint8_t>(stretch_)};
+  cell(piece) = Cell{seen, value, 1, flagOf(source), static_cast<std::uint8_t>(stretchAt(seen))};
+}
+
+/// Frames that waited for their length base may be older than the last break.
+int PacketEvidence::stretchAt(Moment seen) const {
+  return stretch_ > 0 && seen < lastBreak_ ? stretch_ - 1 : stretch_;
 }
 
 void PacketEvidence::confirm(int piece, Source source, Moment seen) {
   Cell& known = cell(piece);
   const int stretch = known.stretch;
-  const bool old = stretch < stretch_;
+  const int present = stretchAt(seen);
+  const bool old = stretch < present;
   const bool apart = std::abs(seen - known.lastSeen) >= kSeparateSightings;
   if (apart && known.votes < kVotesInDisorder) ++known.votes;
   if (apart || old || source == Source::group) known.lastSeen = seen;
   known.flags = static_cast<std::uint8_t>((known.flags | flagOf(source)) & ~kByOrder);
-  known.stretch = static_cast<std::uint8_t>(stretch_);
-  if (old) noteAgreement(piece, stretch);
+  known.stretch = static_cast<std::uint8_t>(std::max(stretch, present));
+  if (old && present == stretch_) noteAgreement(piece, stretch);
   const auto header = fields(Encoding::version5);
   if (isCrc(piece) || (header && header->distinguishesRuns(piece))) contradictions_ = 0;
 }
@@ -167,6 +173,7 @@ void PacketEvidence::noteBreak(Source source, Moment at, bool provisional) {
     --stretch_;
   }
   breaks_[static_cast<std::size_t>(++stretch_)] = {source, provisional};
+  lastBreak_ = at;
   for (Cell& known : cells_) {
     if (known.votes > 0 && known.lastSeen >= at) known.stretch = static_cast<std::uint8_t>(stretch_);
   }

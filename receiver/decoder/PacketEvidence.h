@@ -123,6 +123,7 @@ class PacketEvidence {
   Cell& cell(int piece) { return cells_[static_cast<std::size_t>(piece)]; }
   const Cell& cell(int piece) const { return cells_[static_cast<std::size_t>(piece)]; }
   void clash(Moment seen);
+  int stretchAt(Moment seen) const;
   void learn(int piece, std::uint8_t value, Source source, Moment seen);
   void confirm(int piece, Source source, Moment seen);
   void contradict(int piece, std::uint8_t value, Source source, Moment seen);
@@ -147,7 +148,8 @@ class PacketEvidence {
   bool shared_ = false;  ///< Two phones may send under this address.
   Moment lastClash_ = 0;
   std::array<Break, kMaxBreaks + 1> breaks_{};  ///< At the beginning of each stretch but the first.
-  int stretch_ = 0;                             ///< Number of breaks so far.
+  Moment lastBreak_ = 0;
+  int stretch_ = 0;         ///< Number of breaks so far.
   int crcAgrees_ = -1;      ///< Stretch in which the CRC had the value that it has in the present one, or -1.
   int textAgrees_ = -1;     ///< The same for a byte of the texts.
   int contradictions_ = 0;  ///< In a row.
