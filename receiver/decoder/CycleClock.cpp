@@ -6,8 +6,8 @@
 namespace zor::receiver {
 namespace {
 
-/// Below this, the pace is lost in the jitter of the sender and of the air.
-constexpr std::int64_t kMinPace = 3'000;
+/// The fastest named pace, less what jitter makes of it. Faster frames come from a buffer.
+constexpr std::int64_t kMinPace = 2'700;
 constexpr std::int64_t kMaxPace = 10'000'000;
 
 /// A default pace counts as much as one that was measured over this many indices.
@@ -25,10 +25,22 @@ constexpr std::int64_t kMaxBurstPace = 10'000;
 /// The step from one burst to the next is at least this many times as long as a step within a burst.
 constexpr std::int64_t kBurstContrast = 3;
 
-/// Even steps speak against bursts; one uneven step outweighs this many of them.
-constexpr int kUnevenStep = 8;
+/// From the end of a burst to the next one, at least. An access point holds frames for a beacon interval,
+/// mostly 102 ms, or several.
+constexpr std::int64_t kShortestHold = 40'000;
+
+/// Steps of the fastest pace vary, but they are rarely as short as this.
+constexpr std::int64_t kCloseStep = 2'000;
+
+/// Even steps speak against bursts; two close frames outweigh some of them, an uneven step many.
+constexpr int kUnevennessOfBursts = 32;
 constexpr int kCloseFrames = 4;
-constexpr int kUnevennessOfBursts = 4 * kUnevenStep;
+
+/// Two steps are of one pace when they differ by less than an eighth and this.
+constexpr std::int64_t kPaceJitter = 1'000;
+
+/// With fewer frames in a row on the grid, the pace is a guess.
+constexpr int kStreakOfPace = 3;
 
 /// A frame that does not fit outweighs this many that fit.
 constexpr int kStreakLost = 4;
@@ -42,7 +54,10 @@ constexpr std::int64_t kMaxSilence = 2'000'000;
 
 }  // namespace
 
-CycleClock::CycleClock(std::int64_t defaultPace) : pace_(defaultPace), paceSpan_(kDefaultPaceSpan) {}
+CycleClock::CycleClock(std::int64_t defaultPace, int unevenStepsOfBursts)
+    : pace_(defaultPace),
+      paceSpan_(kDefaultPaceSpan),
+      unevenStep_(kUnevennessOfBursts / unevenStepsOfBursts) {}
 
 void CycleClock::restart() {
   started_ = false;
@@ -61,21 +76,25 @@ void CycleClock::noteBurst() {
   const bool wasSteady = steady();
   shortenStreak();
   if (wasSteady) return;
-  unevenness_ = std::min(unevenness_ + kUnevenStep, kUnevennessOfBursts);
+  unevenness_ = std::min(unevenness_ + unevenStep_, kUnevennessOfBursts);
   timeless_ = timeless_ || unevenness_ >= kUnevennessOfBursts;
 }
 
 void CycleClock::noteCloseFrames() {
-  if (!steady()) unevenness_ = std::min(unevenness_ + kCloseFrames, kUnevennessOfBursts);
+  if (steady()) return;
+  unevenness_ = std::min(unevenness_ + kCloseFrames, kUnevennessOfBursts);
+  timeless_ = timeless_ || unevenness_ >= kUnevennessOfBursts;
 }
 
-void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace) {
+void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace, bool mayBeHeld) {
   const auto [shorter, longer] = std::minmax(pace, previousPace);
   if (shorter < 0) return noteBurst();  // Time ran backwards.
   const bool uneven = shorter < kMaxBurstPace && longer > kBurstContrast * shorter;
-  if (uneven || pace < kMinPace) {
+  if (uneven && mayBeHeld) {
     noteBurst();
-  } else if (unevenness_ > 0) {
+  } else if (pace < kCloseStep) {
+    noteCloseFrames();
+  } else if (pace >= kMinPace && unevenness_ > 0) {
     --unevenness_;
   }
 }
@@ -107,6 +126,7 @@ CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
     return Fit::nextCycle;
   }
   if (paceRepeats && adoptPace(index, time)) return Fit::onGrid;
+  if (paceRepeats && challenger_ && streak_ < kStreakOfPace) measureFromChallenger();
   if (challenger_ &&
       std::abs(time - challenger_->time - (index - challenger_->index) * pace_) <= tolerance()) {
     if (index > challenger_->index) return adoptChallenger(index, time);
@@ -144,7 +164,9 @@ std::optional<int> CycleClock::indexInAnyCycle(std::int64_t time, std::int64_t t
   return indexAt(timeOf(0) + sinceFirst, tolerance);
 }
 
-bool CycleClock::explainedBy(std::int64_t period) const {
+bool CycleClock::explainedBy(std::int64_t cycle, std::int64_t pause) const {
+  const std::int64_t period = cycle + pause;
+  if (period_ != 0 && period_ < cycle - tolerance()) return false;
   if (period_ != 0 && !periodConfirmed_ && !isMultiple(period_, period)) return false;
   return !challenger_ || isMultiple(challenger_->shift, period);
 }
@@ -173,6 +195,13 @@ void CycleClock::follow(int index, std::int64_t time, std::int64_t residual) {
   }
   referenceIndex_ = index;
   referenceTime_ = time - residual * 3 / 4;  // A late frame moves the grid only a little.
+}
+
+/// A cycle of which one or two frames were heard does not show its pace. The next one does.
+void CycleClock::measureFromChallenger() {
+  pace_ = measuredPace_;
+  paceSpan_ = 1;
+  challenger_->shift = challenger_->time - timeOf(challenger_->index);
 }
 
 CycleClock::Fit CycleClock::adoptChallenger(int index, std::int64_t time) {
@@ -212,9 +241,11 @@ CycleClock::Fit CycleClock::broken() {
 bool CycleClock::measurePace(int steps, std::int64_t elapsed) {
   if (steps <= 0) return false;
   const std::int64_t measured = elapsed / steps;
-  const bool repeats = std::abs(measured - measuredPace_) <= measured / 8;
-  if (measuredPace_ > 0) judgeEvenness(measured, measuredPace_);
+  const bool repeats = std::abs(measured - measuredPace_) <= measured / 8 + kPaceJitter;
+  const bool isLongStep = elapsed >= kShortestHold;
+  if (measuredPace_ > 0) judgeEvenness(measured, measuredPace_, isLongStep || wasLongStep_);
   measuredPace_ = measured;
+  wasLongStep_ = isLongStep;
   return repeats && measured >= kMinPace && measured <= kMaxPace;
 }
 

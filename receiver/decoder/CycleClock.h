@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -25,8 +26,9 @@ class CycleClock {
     timeless,   ///< Times have just turned out to mean nothing, including all earlier ones.
   };
 
-  /// `defaultPace` is the one that senders use unless they are configured otherwise.
-  explicit CycleClock(std::int64_t defaultPace);
+  /// `defaultPace` is the one that senders use unless they are configured otherwise. `unevenStepsOfBursts` is
+  /// how many uneven steps show a buffer: more where other frames may be among those of the channel.
+  CycleClock(std::int64_t defaultPace, int unevenStepsOfBursts);
 
   /// Takes the next numbered frame.
   Fit observe(int index, std::int64_t time);
@@ -40,6 +42,12 @@ class CycleClock {
   /// The index that the timetable has at this time, in this cycle or in a later one; nothing when the time is
   /// too far off the grid to say.
   std::optional<int> indexInAnyCycle(std::int64_t time, std::int64_t tolerance) const;
+
+  /// True once a frame was heard.
+  bool started() const { return started_; }
+
+  /// Where the current cycle puts this index.
+  std::int64_t timeOf(int index) const { return referenceTime_ + (index - referenceIndex_) * pace_; }
 
   /// Time of the last frame.
   std::int64_t lastTime() const { return previousTime_; }
@@ -66,8 +74,9 @@ class CycleClock {
   bool hasOutlier() const { return challenger_.has_value(); }
 
   /// True when the cycles that could not be judged when they came (Fit::newCycle, Fit::outlier) lie a whole
-  /// number of the given periods apart.
-  bool explainedBy(std::int64_t period) const;
+  /// number of periods apart, where a period is `cycle`, the time that the frames of a cycle take, and
+  /// `pause`.
+  bool explainedBy(std::int64_t cycle, std::int64_t pause) const;
 
   /// Time of the first frame of the cycle that observe() last reported as started, newCycle or broken.
   std::int64_t cycleStart() const { return cycleFirstTime_; }
@@ -78,7 +87,7 @@ class CycleClock {
   std::int64_t pace() const { return pace_; }
 
   /// How far off the grid a numbered frame may be.
-  std::int64_t tolerance() const { return pace_ * 2 / 5; }
+  std::int64_t tolerance() const { return std::max(pace_ * 2 / 5, kMinTolerance); }
 
   /// Forgets the current cycle and the period, keeps the pace.
   void restart();
@@ -92,20 +101,23 @@ class CycleClock {
     int outliers;        ///< In a row, including this one.
   };
 
+  /// A broadcast takes the air for so long, and delays the frames after it.
+  static constexpr std::int64_t kMinTolerance = 4'000;
+
   static constexpr int kSteadyStreak = 6;
   static constexpr int kLongestStreak = 12;
 
-  std::int64_t timeOf(int index) const { return referenceTime_ + (index - referenceIndex_) * pace_; }
   bool isMultiple(std::int64_t shift, std::int64_t period) const;
   void beginCycle(int index, std::int64_t time);
   void follow(int index, std::int64_t time, std::int64_t residual);
   Fit observeTimeless(std::int64_t elapsed, std::int64_t time);
+  void measureFromChallenger();
   Fit adoptChallenger(int index, std::int64_t time);
   Fit broken();
   void lengthenStreak();
   void shortenStreak();
   bool measurePace(int steps, std::int64_t elapsed);
-  void judgeEvenness(std::int64_t pace, std::int64_t previousPace);
+  void judgeEvenness(std::int64_t pace, std::int64_t previousPace, bool mayBeHeld);
   bool adoptPace(int index, std::int64_t time);
 
   std::int64_t pace_;
@@ -122,7 +134,9 @@ class CycleClock {
   int previousIndex_ = 0;
   int cycleFirstIndex_ = 0;
   int unevenness_ = 0;
+  int unevenStep_;  ///< What an uneven step adds.
   int breaks_ = 0;
+  bool wasLongStep_ = false;
   bool started_ = false;
   bool periodConfirmed_ = false;
   bool timeless_ = false;

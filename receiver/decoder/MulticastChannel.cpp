@@ -11,6 +11,9 @@ namespace {
 /// may come from an access point that holds one of them.
 constexpr std::uint8_t kSyncsToAgree = 3;
 
+/// How many uneven steps show a buffer: that from one burst to the next, and the one after it.
+constexpr int kUnevenMulticastSteps = 2;
+
 }  // namespace
 
 const MulticastFormat kVersion5Multicast{
@@ -32,7 +35,7 @@ const MulticastFormat kVersion3Multicast{
 };
 
 MulticastChannel::MulticastChannel(const MulticastFormat& format)
-    : format_(&format), clock_(format.defaultPace) {}
+    : format_(&format), clock_(format.defaultPace, kUnevenMulticastSteps) {}
 
 void MulticastChannel::restart() {
   clock_.restart();

@@ -85,6 +85,9 @@ class MulticastChannel {
 
   const CycleClock& clock() const { return clock_; }
 
+  /// When the present cycle sends data frame `index`. A sync frame and a data frame must have been heard.
+  std::int64_t timeOf(int index) const { return clock_.timeOf(*base_ + index); }
+
  private:
   /// The second byte of the last data frame of version 3, which may be padding of any value.
   struct LastByte {

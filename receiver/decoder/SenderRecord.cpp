@@ -1,15 +1,17 @@
 #include "receiver/decoder/SenderRecord.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <functional>
+#include <span>
 #include <string_view>
 
 namespace zor::receiver {
 namespace {
 
 std::int64_t version3Period(const PacketFields& fields) {
-  return wire::kVersion3MarkersAndPause +
-         framesOf(fields.packetLength(Encoding::version3)) * wire::kVersion3Pace;
+  return wire::kVersion3Markers + framesOf(fields.packetLength(Encoding::version3)) * wire::kVersion3Pace +
+         wire::kVersion3Pause;
 }
 
 /// Without the pause. One sync frame goes before the data frames.
@@ -23,11 +25,18 @@ std::int64_t broadcastCycle(const PacketFields& fields, std::int64_t pace) {
   return (2 * fields.packetLength(Encoding::version5) + 3) * pace / 2;
 }
 
+/// What a sender pauses after multicast cycles of this pace, unless it is configured otherwise.
+std::span<const std::int64_t> pausesAt(std::int64_t pace) {
+  if (pace > wire::kSlowestEvenPace) return wire::kPauses;
+  if (pace > wire::kSlowestBurstPace) return wire::kEvenPauses;
+  return wire::kBurstPauses;
+}
+
 /// `cycle` is the time from one cycle to the next but for the pause.
-Timetable judge(const CycleClock& clock, std::int64_t cycle) {
+Timetable judge(const CycleClock& clock, std::int64_t cycle, std::span<const std::int64_t> pauses) {
   if (clock.timeless()) return Timetable::explained;
-  for (const std::int64_t pause : wire::kPauses) {
-    if (clock.explainedBy(cycle + pause)) return Timetable::explained;
+  for (const std::int64_t pause : pauses) {
+    if (clock.explainedBy(cycle, pause)) return Timetable::explained;
   }
   return clock.hasOutlier() ? Timetable::interrupted : Timetable::unexplained;
 }
@@ -161,13 +170,39 @@ std::optional<Credentials> SenderRecord::complete(std::optional<Credentials>* re
 }
 
 Timetables SenderRecord::timetables(const PacketFields& fields) const {
-  const CycleClock& multicast = version5_.clock();
   const CycleClock& broadcast = broadcast_.clock();
-  const std::int64_t period3 = version3_.heard() ? version3Period(fields) : 0;
-  const std::int64_t cycle5 = multicastCycle(fields, multicast.pace());
-  const std::int64_t mixedInto = version5_.heard() ? cycle5 : 0;
-  return {std::max(judge(multicast, cycle5 + period3), judge(version3_.clock(), mixedInto + period3)),
-          judge(broadcast, broadcastCycle(fields, broadcast.pace()))};
+  return {std::max({judgeVersion5(fields), judgeVersion3(fields), judgeMix(fields)}),
+          judge(broadcast, broadcastCycle(fields, broadcast.pace()), wire::kPauses)};
+}
+
+Timetable SenderRecord::judgeVersion5(const PacketFields& fields) const {
+  const CycleClock& clock = version5_.clock();
+  const std::int64_t mixedIn = version3_.heard() ? version3Period(fields) : 0;
+  return judge(clock, multicastCycle(fields, clock.pace()) + mixedIn, pausesAt(clock.pace()));
+}
+
+Timetable SenderRecord::judgeVersion3(const PacketFields& fields) const {
+  const std::int64_t period = version3Period(fields);
+  if (!version5_.heard()) return judge(version3_.clock(), period, wire::kEvenPauses);
+  const std::int64_t pace = version5_.clock().pace();
+  return judge(version3_.clock(), multicastCycle(fields, pace) + period, pausesAt(pace));
+}
+
+/// Where version 3 is mixed in, its cycles have their place between those of version 5. Elsewhere they are of
+/// another run.
+Timetable SenderRecord::judgeMix(const PacketFields& fields) const {
+  const CycleClock& clock = version5_.clock();
+  const bool areBothKnown =
+      version5_.syncLength() && version3_.syncLength() && clock.started() && version3_.clock().started();
+  if (!areBothKnown || timeless_) return Timetable::explained;
+  const std::int64_t end = version5_.timeOf(framesOf(fields.packetLength(Encoding::version5)));
+  const std::int64_t between = version3_.timeOf(0) - wire::kVersion3Markers - end;
+  for (const std::int64_t pause : pausesAt(clock.pace())) {
+    const std::int64_t period = multicastCycle(fields, clock.pace()) + version3Period(fields) + pause;
+    const std::int64_t off = std::abs(between - pause) % period;
+    if (std::min(off, period - off) <= clock.tolerance()) return Timetable::explained;
+  }
+  return Timetable::unexplained;
 }
 
 bool SenderRecord::isNews(const Credentials& credentials) {

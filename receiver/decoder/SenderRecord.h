@@ -39,6 +39,9 @@ class SenderRecord {
   void findBases();
   std::optional<Credentials> complete(std::optional<Credentials>* rejected);
   Timetables timetables(const PacketFields& fields) const;
+  Timetable judgeVersion5(const PacketFields& fields) const;
+  Timetable judgeVersion3(const PacketFields& fields) const;
+  Timetable judgeMix(const PacketFields& fields) const;
   bool isNews(const Credentials& credentials);
 
   TwoOverheads overheads_;

@@ -43,14 +43,23 @@ inline constexpr int kMaxPairs = kMaxPacketBytes / 2;
 
 /// The schedule's times unless the sender is configured otherwise, microseconds: from one multicast data
 /// frame to the next; from one byte of the broadcasts to the next, a value frame and a position frame; the
-/// pause after a cycle of either. Named paces pause less or not at all between multicasts.
+/// pause after a cycle of either.
 inline constexpr std::int64_t kVersion5MulticastPace = 30'000;
 inline constexpr std::int64_t kVersion5BroadcastPace = 30'000;
-inline constexpr std::array<std::int64_t, 3> kPauses = {100'000, 60'000, 0};
+inline constexpr std::array<std::int64_t, 1> kPauses = {100'000};
 
-/// Version 3 has one pace. A cycle begins with three markers and ends with a pause.
+/// Named paces send multicasts faster: evenly without a pause, up to this many microseconds apart, or as
+/// bursts with one of two pauses.
+inline constexpr std::int64_t kSlowestEvenPace = 20'000;
+inline constexpr std::array<std::int64_t, 1> kEvenPauses = {0};
+inline constexpr std::int64_t kSlowestBurstPace = 6'000;
+inline constexpr std::array<std::int64_t, 2> kBurstPauses = {60'000, 100'000};
+
+/// Version 3 has one pace. A cycle begins with three markers and ends with a pause. Mixed into version 5, it
+/// follows the pause after a multicast cycle.
 inline constexpr std::int64_t kVersion3Pace = 10'000;
-inline constexpr std::int64_t kVersion3MarkersAndPause = 3 * kVersion3Pace + 20'000;
+inline constexpr std::int64_t kVersion3Markers = 3 * kVersion3Pace;
+inline constexpr std::int64_t kVersion3Pause = 20'000;
 
 /// The longest for which an access point holds frames while stations sleep, microseconds.
 inline constexpr std::int64_t kLongestHold = 300'000;
