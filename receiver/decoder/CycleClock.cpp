@@ -36,11 +36,8 @@ constexpr std::int64_t kCloseStep = 2'000;
 constexpr int kUnevennessOfBursts = 32;
 constexpr int kCloseFrames = 4;
 
-/// Two steps are of one pace when they differ by less than an eighth and this.
+/// Paces that differ by less than this or an eighth are the same.
 constexpr std::int64_t kPaceJitter = 1'000;
-
-/// With fewer frames in a row on the grid, the pace is a guess.
-constexpr int kStreakOfPace = 3;
 
 /// A frame that does not fit outweighs this many that fit.
 constexpr int kStreakLost = 4;
@@ -52,15 +49,20 @@ constexpr int kBreaksOfNoTimetable = 8;
 /// add 300 ms.
 constexpr std::int64_t kMaxSilence = 2'000'000;
 
+bool isSamePace(std::int64_t measured, std::int64_t pace) {
+  return std::abs(measured - pace) <= measured / 8 + kPaceJitter;
+}
+
 }  // namespace
 
 CycleClock::CycleClock(std::int64_t defaultPace, int unevenStepsOfBursts)
     : pace_(defaultPace),
       paceSpan_(kDefaultPaceSpan),
-      unevenStep_(kUnevennessOfBursts / unevenStepsOfBursts) {}
+      unevenStep_(static_cast<std::uint8_t>(kUnevennessOfBursts / unevenStepsOfBursts)) {}
 
 void CycleClock::restart() {
   started_ = false;
+  hasTimetable_ = false;
   streak_ = 0;
   period_ = 0;
   periodConfirmed_ = false;
@@ -114,6 +116,7 @@ CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
   if (timeless_) return observeTimeless(elapsed, time);
   const bool paceRepeats = measurePace(steps, elapsed);
   if (timeless_) return Fit::timeless;
+  if (paceRepeats && challenger_ && !hasTimetable_) measureFromChallenger();
   const std::int64_t residual = time - timeOf(index);
   if (index >= referenceIndex_ && std::abs(residual) <= tolerance()) {
     follow(index, time, residual);
@@ -126,7 +129,6 @@ CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
     return Fit::nextCycle;
   }
   if (paceRepeats && adoptPace(index, time)) return Fit::onGrid;
-  if (paceRepeats && challenger_ && streak_ < kStreakOfPace) measureFromChallenger();
   if (challenger_ &&
       std::abs(time - challenger_->time - (index - challenger_->index) * pace_) <= tolerance()) {
     if (index > challenger_->index) return adoptChallenger(index, time);
@@ -141,7 +143,7 @@ CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
   period_ = 0;
   periodConfirmed_ = false;
   beginCycle(index, time);
-  return broken();
+  return hasTimetable_ ? broken() : Fit::newCycle;
 }
 
 std::optional<int> CycleClock::indexAt(std::int64_t time, std::int64_t tolerance) const {
@@ -177,6 +179,13 @@ bool CycleClock::isMultiple(std::int64_t shift, std::int64_t period) const {
   return count <= kMaxCyclesApart && std::abs(shift - count * period) <= tolerance();
 }
 
+/// Takes a pace that was measured over `span` indices.
+void CycleClock::setPace(std::int64_t pace, int span) {
+  if (period_ != 0 && !periodConfirmed_) period_ -= periodSteps_ * (pace - pace_);
+  pace_ = pace;
+  paceSpan_ = span;
+}
+
 void CycleClock::beginCycle(int index, std::int64_t time) {
   referenceIndex_ = cycleFirstIndex_ = index;
   referenceTime_ = cycleFirstTime_ = time;
@@ -184,14 +193,14 @@ void CycleClock::beginCycle(int index, std::int64_t time) {
 }
 
 void CycleClock::follow(int index, std::int64_t time, std::int64_t residual) {
+  hasTimetable_ = hasTimetable_ || index > referenceIndex_;
   // A frame that does not fit between frames that do is the sign of a buffer that releases in bursts.
   if (challenger_) shortenStreak();
   lengthenStreak();
   challenger_.reset();
   const int span = index - cycleFirstIndex_;
   if (span > paceSpan_) {
-    pace_ = std::clamp((time - cycleFirstTime_) / span, kMinPace, kMaxPace);
-    paceSpan_ = span;
+    setPace(std::clamp((time - cycleFirstTime_) / span, kMinPace, kMaxPace), span);
   }
   referenceIndex_ = index;
   referenceTime_ = time - residual * 3 / 4;  // A late frame moves the grid only a little.
@@ -199,13 +208,14 @@ void CycleClock::follow(int index, std::int64_t time, std::int64_t residual) {
 
 /// A cycle of which one or two frames were heard does not show its pace. The next one does.
 void CycleClock::measureFromChallenger() {
-  pace_ = measuredPace_;
-  paceSpan_ = 1;
+  setPace(measuredPace_, 1);
   challenger_->shift = challenger_->time - timeOf(challenger_->index);
+  if (std::abs(challenger_->shift) <= tolerance()) challenger_.reset();
 }
 
 CycleClock::Fit CycleClock::adoptChallenger(int index, std::int64_t time) {
   const Challenger first = *challenger_;
+  periodSteps_ = static_cast<std::int16_t>(first.index - referenceIndex_);
   beginCycle(first.index, first.time);
   follow(index, time, 0);
   const std::int64_t previousPeriod = period_;
@@ -241,7 +251,7 @@ CycleClock::Fit CycleClock::broken() {
 bool CycleClock::measurePace(int steps, std::int64_t elapsed) {
   if (steps <= 0) return false;
   const std::int64_t measured = elapsed / steps;
-  const bool repeats = std::abs(measured - measuredPace_) <= measured / 8 + kPaceJitter;
+  const bool repeats = isSamePace(measured, measuredPace_);
   const bool isLongStep = elapsed >= kShortestHold;
   if (measuredPace_ > 0) judgeEvenness(measured, measuredPace_, isLongStep || wasLongStep_);
   measuredPace_ = measured;
@@ -253,8 +263,8 @@ bool CycleClock::adoptPace(int index, std::int64_t time) {
   const int span = index - cycleFirstIndex_;
   if (span < 2 || std::abs(time - cycleFirstTime_ - span * measuredPace_) > measuredPace_ * 2 / 5)
     return false;
-  pace_ = (time - cycleFirstTime_) / span;
-  paceSpan_ = span;
+  setPace((time - cycleFirstTime_) / span, span);
+  hasTimetable_ = true;
   streak_ = 2;
   challenger_.reset();
   referenceIndex_ = index;

@@ -108,6 +108,7 @@ class CycleClock {
   static constexpr int kLongestStreak = 12;
 
   bool isMultiple(std::int64_t shift, std::int64_t period) const;
+  void setPace(std::int64_t pace, int span);
   void beginCycle(int index, std::int64_t time);
   void follow(int index, std::int64_t time, std::int64_t residual);
   Fit observeTimeless(std::int64_t elapsed, std::int64_t time);
@@ -134,12 +135,14 @@ class CycleClock {
   int previousIndex_ = 0;
   int cycleFirstIndex_ = 0;
   int unevenness_ = 0;
-  int unevenStep_;  ///< What an uneven step adds.
   int breaks_ = 0;
-  bool wasLongStep_ = false;
-  bool started_ = false;
-  bool periodConfirmed_ = false;
-  bool timeless_ = false;
+  std::uint8_t unevenStep_;       ///< What an uneven step adds to the unevenness.
+  std::int16_t periodSteps_ = 0;  ///< Indices by which the frames lay apart that have shown the period.
+  bool wasLongStep_ : 1 = false;
+  bool started_ : 1 = false;
+  bool hasTimetable_ : 1 = false;  ///< Two frames have fitted each other.
+  bool periodConfirmed_ : 1 = false;
+  bool timeless_ : 1 = false;
 };
 
 }  // namespace zor::receiver
