@@ -13,9 +13,10 @@
 #include "bench/support/Statistics.h"
 
 namespace zor::bench {
-namespace {
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
 
 constexpr int kMaxPhaseUs = 30'000;  // One interval of the multicast channel.
 

@@ -19,7 +19,7 @@ struct NamedPace {
   simulator::Pace values;
 };
 
-struct Options {
+struct PaceOptions {
   std::vector<std::string> airs = namesOf(quietAirs());
   std::vector<std::string> packets = namesOf(secrets());
   std::vector<int> losses = bench::losses();
@@ -55,7 +55,7 @@ Row makeRow(const simulator::PhonePlan& plan, const Summary& summary, const Summ
 }
 
 void addRows(Table& table, const NamedSecret& packet, const NamedAir& air, const std::string& sent, int loss,
-             const Options& options) {
+             const PaceOptions& options) {
   Summary baseline;
   for (const NamedPace& pace : options.paces) {
     const simulator::PhonePlan plan =
@@ -72,7 +72,7 @@ void addRows(Table& table, const NamedSecret& packet, const NamedAir& air, const
 }
 
 /// Both channels through every chosen air, and each by itself, because some access points pass on only one.
-void addRows(Table& table, const NamedSecret& packet, const Options& options) {
+void addRows(Table& table, const NamedSecret& packet, const PaceOptions& options) {
   for (const int loss : options.losses) {
     for (const NamedAir& air : findAirs(options.airs)) addRows(table, packet, air, "both", loss, options);
     for (const char* const sent : {"multicast", "broadcast"}) {
@@ -84,7 +84,7 @@ void addRows(Table& table, const NamedSecret& packet, const Options& options) {
 }  // namespace
 
 void runBenchmark(Program& program) {
-  Options options;
+  PaceOptions options;
   std::vector<int> values;
   program.options().add_option("--air", options.airs, "Airs by name; the quiet ones when not given");
   program.options()

@@ -12,7 +12,7 @@
 namespace zor::bench {
 namespace {
 
-struct Options {
+struct CountOptions {
   std::vector<std::string> airs;
   std::string sent;
   int loss = -1;
@@ -32,7 +32,7 @@ struct Tally {
 constexpr double kSecondsAfter = 2;
 
 /// Prints how to repeat the run that reported wrong credentials.
-void printRepeat(const NamedAir& air, std::uint64_t seed, const Options& options,
+void printRepeat(const NamedAir& air, std::uint64_t seed, const CountOptions& options,
                  const receiver::Credentials& credentials) {
   std::cerr << "wrong credentials with --air \"" << air.name << "\"";
   if (!options.sent.empty()) std::cerr << " --sent \"" << options.sent << "\"";
@@ -44,7 +44,7 @@ void printRepeat(const NamedAir& air, std::uint64_t seed, const Options& options
 }
 
 /// Simulates `options.runsPerPacket` runs of a random home and adds them to `tally`.
-void addRuns(Tally& tally, const NamedAir& air, std::uint64_t seed, const Options& options) {
+void addRuns(Tally& tally, const NamedAir& air, std::uint64_t seed, const CountOptions& options) {
   simulator::Random random(seed);
   const std::int64_t phones = air.environment.rangeExtender ? 2 : 1 + random.below(3);
   const RandomHome home(options.sent, phones, random);
@@ -74,7 +74,7 @@ Row makeRow(const NamedAir& air, const Tally& tally) {
 }  // namespace
 
 void runBenchmark(Program& program) {
-  Options options;
+  CountOptions options;
   program.options().add_option("--air", options.airs, "Airs by name; all when not given");
   program.options()
       .add_option("--sent", options.sent, "What phones send; any when not given")

@@ -18,16 +18,16 @@ using receiver::LoggedFrame;
 using receiver::News;
 
 // Pixels.
-constexpr double kWidth = 960;
-constexpr double kLeft = 170;
-constexpr double kRight = 940;
+constexpr double kTimelineWidth = 960;
+constexpr double kTimelineLeft = 170;
+constexpr double kTimelineRight = 940;
 constexpr double kRowHeight = 24;
-constexpr double kLineHeight = 18;
+constexpr double kTimelineLineHeight = 18;
 
-constexpr int kMarks = 8;
+constexpr int kTimelineMarks = 8;
 
 /// Widest line of text that fits.
-constexpr std::size_t kColumns = 130;
+constexpr std::size_t kTimelineColumns = 130;
 
 std::string secondsText(double seconds) {
   std::ostringstream text;
@@ -69,16 +69,16 @@ class Leg {
 
   /// Returns where the next one begins.
   double draw(SvgWriter& svg, double top) {
-    svg.text(20, top + kLineHeight, "strong", title());
-    top += kLineHeight + 28;
+    svg.text(20, top + kTimelineLineHeight, "strong", title());
+    top += kTimelineLineHeight + 28;
     drawAxis(svg, top, top + kRowHeight * rows());
     double y = top + kRowHeight / 2;
     const auto counts = countRoles(frames_);
     for (std::size_t role = 0; role < counts.size(); ++role) {
       if (!isShown(role)) continue;
-      svg.line("row", kLeft, y, kRight, y);
+      svg.line("row", kTimelineLeft, y, kTimelineRight, y);
       svg.text(20, y + 4, "", kRoleNames[role]);
-      svg.text(kLeft - 10, y + 4, "quiet end", std::to_string(counts[role]));
+      svg.text(kTimelineLeft - 10, y + 4, "quiet end", std::to_string(counts[role]));
       drawMarks(svg, static_cast<FrameRole>(role), y);
       y += kRowHeight;
     }
@@ -91,7 +91,8 @@ class Leg {
     return isRowShown(static_cast<FrameRole>(role), countRoles(frames_));
   }
   double x(std::int64_t time) const {
-    return kLeft + (kRight - kLeft) * toSeconds(time - range_.from) / toSeconds(range_.to - range_.from);
+    return kTimelineLeft + (kTimelineRight - kTimelineLeft) * toSeconds(time - range_.from) /
+                               toSeconds(range_.to - range_.from);
   }
 
   int rows() const {
@@ -113,14 +114,14 @@ class Leg {
   void drawAxis(SvgWriter& svg, double top, double bottom) const {
     const double from = toSeconds(range_.from);
     const double to = toSeconds(range_.to);
-    const double distance = markDistance(to - from, kMarks);
+    const double distance = markDistance(to - from, kTimelineMarks);
     for (auto mark = static_cast<std::int64_t>(from / distance); static_cast<double>(mark) * distance <= to;
          ++mark) {
       const double seconds = static_cast<double>(mark) * distance;
       if (seconds < from) continue;
       const double place = x(static_cast<std::int64_t>(seconds * 1e6));
       svg.line("grid", place, top, place, bottom + 4);
-      svg.text(place, bottom + kLineHeight, "quiet middle", secondsText(seconds));
+      svg.text(place, bottom + kTimelineLineHeight, "quiet middle", secondsText(seconds));
     }
   }
 
@@ -151,7 +152,8 @@ class Leg {
 };
 
 double drawLines(SvgWriter& svg, double top, const char* classes, const std::string& text) {
-  for (const std::string& line : linesOf(text, kColumns)) svg.text(20, top += kLineHeight, classes, line);
+  for (const std::string& line : linesOf(text, kTimelineColumns))
+    svg.text(20, top += kTimelineLineHeight, classes, line);
   return top;
 }
 
@@ -177,7 +179,7 @@ std::string timelineSvg(const Decoded& decoded) {
   double top = 14;
   if (decoded.senders.empty()) {
     top = drawLines(svg, top, "", decoded.finished.at("verdict").get<std::string>());
-    return svg.file(kWidth, top + kLineHeight);
+    return svg.file(kTimelineWidth, top + kTimelineLineHeight);
   }
   for (std::size_t i = 0; i < decoded.senders.size(); ++i) {
     const Json& sender = decoded.senders[i];
@@ -188,7 +190,7 @@ std::string timelineSvg(const Decoded& decoded) {
     }
     for (const LegReport& leg : decoded.report.senders[i].legs) top = Leg(leg, decoded).draw(svg, top + 8);
   }
-  return svg.file(kWidth, drawLegend(svg, top + 14));
+  return svg.file(kTimelineWidth, drawLegend(svg, top + 14));
 }
 
 }  // namespace zor::cli

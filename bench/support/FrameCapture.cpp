@@ -23,22 +23,22 @@ namespace {
 constexpr std::uint16_t kEtherTypeIp = 0x0800;
 constexpr std::chrono::milliseconds kDrainInterval{500};
 
-[[noreturn]] void fail(const char* what) {
+[[noreturn]] void failCapture(const char* what) {
   std::perror(what);
   std::exit(1);
 }
 
 int openCapture(const std::string& interface) {
   const int descriptor = socket(AF_PACKET, SOCK_DGRAM | SOCK_NONBLOCK, htons(kEtherTypeIp));
-  if (descriptor < 0) fail("packet socket");
+  if (descriptor < 0) failCapture("packet socket");
   const int on = 1;
-  if (setsockopt(descriptor, SOL_SOCKET, SO_TIMESTAMPNS, &on, sizeof on) != 0) fail("SO_TIMESTAMPNS");
+  if (setsockopt(descriptor, SOL_SOCKET, SO_TIMESTAMPNS, &on, sizeof on) != 0) failCapture("SO_TIMESTAMPNS");
   sockaddr_ll local{};
   local.sll_family = AF_PACKET;
   local.sll_protocol = htons(kEtherTypeIp);
   local.sll_ifindex = static_cast<int>(if_nametoindex(interface.c_str()));
   if (bind(descriptor, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0)
-    fail("bind to interface");
+    failCapture("bind to interface");
   return descriptor;
 }
 
@@ -49,7 +49,7 @@ std::int64_t stampOf(msghdr& message) {
     std::memcpy(&stamp, CMSG_DATA(part), sizeof stamp);
     return std::int64_t{stamp.tv_sec} * 1'000'000'000 + stamp.tv_nsec;
   }
-  fail("frame without a time stamp");
+  failCapture("frame without a time stamp");
 }
 
 }  // namespace

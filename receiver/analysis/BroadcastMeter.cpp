@@ -13,7 +13,7 @@ constexpr std::int64_t kSyncsWithin = 300'000;
 
 /// What tells a run from another protocol's broadcasts where no sync frame was heard: at least this many
 /// frames, of at least this many lengths, with at most this time per frame on average.
-constexpr std::uint64_t kFramesOfRun = 50;
+constexpr std::uint64_t kFramesOfBroadcastRun = 50;
 constexpr std::size_t kLengthsOfRun = 10;
 constexpr std::int64_t kMicrosecondsPerFrame = 200'000;
 
@@ -49,7 +49,7 @@ bool BroadcastMeter::isRun() const {
   if (syncLength_) return true;
   const std::int64_t elapsed = previous_.time - firstTime_;
   const bool isFrequent = elapsed / kMicrosecondsPerFrame < static_cast<std::int64_t>(frames_);
-  return frames_ >= kFramesOfRun && lengths_.count() >= kLengthsOfRun &&
+  return frames_ >= kFramesOfBroadcastRun && lengths_.count() >= kLengthsOfRun &&
          longest_ - shortest_ <= wire::kSync2Offset && isFrequent;
 }
 

@@ -9,7 +9,7 @@ namespace zor::receiver {
 namespace {
 
 constexpr int kEthernetHeader = 14;  // Destination, source, EtherType (IEEE 802.3).
-constexpr int kBufferBytes = 1 << 20;
+constexpr int kKernelBufferBytes = 1 << 20;
 
 /// Group addresses, except those of IPv6 (they start with 33:33, RFC 2464), which no encoding uses.
 constexpr char kFilter[] = "ether multicast and not ether[0:2] = 0x3333";
@@ -28,7 +28,7 @@ std::int64_t steadyTime(const timeval& stamp) {
   return microseconds<std::chrono::steady_clock>() - (age >= 0 && age <= kMaxWait ? age : 0);
 }
 
-struct Reading {
+struct ModuleReading {
   const FrameSource::FrameHandler& onFrame;
   std::int64_t& latest;
 };
@@ -53,7 +53,7 @@ std::string FrameSource::configure() {
   pcap_set_snaplen(capture, kEthernetHeader);
   pcap_set_promisc(capture, 1);
   pcap_set_immediate_mode(capture, 1);
-  pcap_set_buffer_size(capture, kBufferBytes);
+  pcap_set_buffer_size(capture, kKernelBufferBytes);
   const int status = pcap_activate(capture);
   // Without promiscuous mode, groups that this host has not joined would not be heard.
   if (status < 0 || status == PCAP_WARNING_PROMISC_NOTSUP) {
@@ -75,7 +75,7 @@ std::string FrameSource::configure() {
 }
 
 std::string FrameSource::read(const FrameHandler& onFrame) {
-  Reading reading{onFrame, latest_};
+  ModuleReading reading{onFrame, latest_};
   const int status =
       pcap_dispatch(capture_.get(), kMaxFramesPerRead, &takeFrame, reinterpret_cast<std::uint8_t*>(&reading));
   return status >= 0 ? std::string{} : std::string{"cannot capture: "} + pcap_geterr(capture_.get());
@@ -85,7 +85,7 @@ std::string FrameSource::read(const FrameHandler& onFrame) {
 void FrameSource::takeFrame(std::uint8_t* reading, const pcap_pkthdr* header, const std::uint8_t* bytes) {
   // Frames captured before the filter was set may still wait.
   if (header->caplen < kEthernetHeader || (bytes[0] & 1) == 0) return;
-  const auto& [onFrame, latest] = *reinterpret_cast<const Reading*>(reading);
+  const auto& [onFrame, latest] = *reinterpret_cast<const ModuleReading*>(reading);
   Observation observation;
   std::copy_n(bytes, observation.destination.size(), observation.destination.begin());
   std::copy_n(bytes + observation.destination.size(), observation.sender.size(), observation.sender.begin());

@@ -47,7 +47,7 @@ constexpr int kBreaksOfNoTimetable = 8;
 
 /// A channel pauses longest while the other encoding is mixed in: 1.63 s for the longest packet. A buffer may
 /// add 300 ms.
-constexpr std::int64_t kMaxSilence = 2'000'000;
+constexpr std::int64_t kLongestPause = 2'000'000;
 
 bool isSamePace(std::int64_t measured, std::int64_t pace) {
   return std::abs(measured - pace) <= measured / 8 + kPaceJitter;
@@ -112,7 +112,7 @@ CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
     beginCycle(index, time);
     return Fit::started;
   }
-  if (elapsed > kMaxSilence) silenceEnd_ = time;
+  if (elapsed > kLongestPause) silenceEnd_ = time;
   if (timeless_) return observeTimeless(elapsed, time);
   const bool paceRepeats = measurePace(steps, elapsed);
   if (timeless_) return Fit::timeless;
@@ -228,7 +228,7 @@ CycleClock::Fit CycleClock::adoptChallenger(int index, std::int64_t time) {
 }
 
 CycleClock::Fit CycleClock::observeTimeless(std::int64_t elapsed, std::int64_t time) {
-  if (elapsed <= kMaxSilence) return Fit::onGrid;
+  if (elapsed <= kLongestPause) return Fit::onGrid;
   beginCycle(referenceIndex_, time);
   return Fit::broken;
 }

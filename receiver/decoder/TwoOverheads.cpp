@@ -24,7 +24,7 @@ constexpr int kVotesOfBroadcastCopy = 8;  // Two frames of a burst look like cop
 constexpr int kVotesToBelieve = 30;
 
 /// Where both copies are rarely heard, many frames come between two pairs.
-constexpr int kMaxVotes = 96;
+constexpr int kMaxVotesOfCopies = 96;
 
 /// A frame that an access point holds is now and then released at once. In turn a copy that was not held may
 /// look like one that was, when the frame between them was lost and its group comes again.
@@ -63,7 +63,7 @@ std::optional<TwoOverheads::Sorted> TwoOverheads::observe(const Observation& fra
     sorted.frame.timeMicroseconds = copy->time;
     sorted.frame.frameLength = std::min(copy->length, heard.length);
     copy->paired = heard.paired = true;
-    votes_ = kMaxVotes;
+    votes_ = kMaxVotesOfCopies;
   }
   keep(heard);
   return sorted;
@@ -116,7 +116,7 @@ void TwoOverheads::believe(int step, int votes) {
   step_ = static_cast<std::int16_t>(step);
   votes_ = static_cast<std::uint8_t>(votes_ + votes);
   if (!active_ && votes_ < kVotesToBelieve) return;
-  votes_ = kMaxVotes;
+  votes_ = kMaxVotesOfCopies;
   changed_ = changed_ || !active_;
   active_ = true;
 }

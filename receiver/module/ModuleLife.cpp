@@ -11,11 +11,9 @@
 namespace zor::receiver {
 namespace {
 
-using std::chrono::milliseconds;
-
-constexpr milliseconds kFramesReportInterval{100};
+constexpr std::chrono::milliseconds kFramesReportInterval{100};
 /// A capture only falls silent when its interface is removed, so the module checks the interface itself.
-constexpr milliseconds kInterfaceCheckInterval{1000};
+constexpr std::chrono::milliseconds kInterfaceCheckInterval{1000};
 /// No sender pauses this long within a run. After such a pause another run starts, which is news even with
 /// the same credentials.
 constexpr std::int64_t kRunOverMicroseconds = 3'000'000;
@@ -71,7 +69,7 @@ void ModuleLife::wait() {
 int ModuleLife::millisecondsToWait() const {
   Instant next = std::min(nextInterfaceCheck_, server_.due().value_or(nextInterfaceCheck_));
   if (framesHeard_ != framesReported_) next = std::min(next, nextFramesReport_);
-  const auto left = std::chrono::ceil<milliseconds>(next - std::chrono::steady_clock::now());
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now());
   return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
 }
 
