@@ -2,65 +2,91 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace zor::receiver {
 namespace {
 
-/// In frames: half a second of one phone among 400 frames of strangers.
+/// In frames: a quarter of a second among 400 strangers' frames a second.
 constexpr double kHalfLife = 96;
 
-/// After this many frames a phone has shown something of its packet.
-constexpr std::uint32_t kFruitless = 255;
+/// By this the unit grows with each frame.
+const double kGrowth = std::exp2(1 / kHalfLife);
 
-// Premiums on a record, in powers of two: a newcomer needs half as much again, four times as much where there
-// is something to lose, and hardly anything where a record came to nothing.
-constexpr double kPremium = 0.6;
-constexpr double kPremiumOfPromise = 3;
-constexpr double kDiscountOfFruitless = -8;
+/// A larger unit goes back to 1: with it all points, of which the oldest become 0.
+constexpr double kMaxUnit = 0x1p500;
+
+/// After this many frames a phone has shown something of its packet.
+constexpr std::uint8_t kFruitless = 255;
+
+// Prices of a record, in points of its sender: a newcomer needs half as many again, eight times as many where
+// there is something to lose, and hardly any where a record came to nothing.
+constexpr double kPrice = 1.5;
+constexpr double kPriceOfPromise = 8;
+constexpr double kPriceOfFruitless = 1.0 / 256;
 
 }  // namespace
 
-std::uint64_t SenderTable::keyOf(const MacAddress& address) {
-  std::uint64_t key = 0;
-  for (const std::uint8_t byte : address) key = key << 8 | byte;
-  return key;
+SenderTable::SenderTable() {
+  for (std::size_t i = 0; i < kRemembered; ++i) silence_[i] = static_cast<std::uint8_t>(kSenders - 1 - i);
 }
 
-MacAddress SenderTable::sender(std::size_t record) const {
-  MacAddress address{};
-  std::uint64_t key = senders_[record].address;
-  for (std::size_t i = address.size(); i-- > 0; key >>= 8) address[i] = static_cast<std::uint8_t>(key);
-  return address;
+void SenderTable::growUnit() {
+  unit_ *= kGrowth;
+  if (unit_ <= kMaxUnit) return;
+  for (Sender& sender : senders_) sender.points /= unit_;
+  unit_ = 1;
 }
 
-std::size_t SenderTable::find(std::uint64_t address) const {
-  for (std::size_t i = 0; i < count_; ++i) {
-    if (senders_[i].address == address) return i;
+std::size_t SenderTable::find(const MacAddress& address) const {
+  for (std::size_t place = 0; place < count_; ++place) {
+    const void* tag = std::memchr(&tags_[place], address.back(), count_ - place);
+    if (tag == nullptr) break;
+    place = static_cast<std::size_t>(static_cast<const std::uint8_t*>(tag) - tags_.data());
+    if (senders_[place].address == address) return place;
   }
   return kSenders;
 }
 
-/// Of those without a record.
-std::size_t SenderTable::longestSilent() const {
-  const auto first = senders_.begin() + kRecords;
-  const auto now = static_cast<std::uint32_t>(frames_);
-  const auto silent = std::max_element(first, senders_.end(), [=](const Sender& a, const Sender& b) {
-    return now - a.lastHeard < now - b.lastHeard;
-  });
-  return static_cast<std::size_t>(silent - senders_.begin());
+/// Takes a free record, or else the place of the sender that has been silent longest.
+std::size_t SenderTable::add(const MacAddress& address) {
+  const std::size_t place = count_ < kRecords ? count_ : silence_.back();
+  count_ = std::max(count_, place + 1);
+  senders_[place] = Sender{address};
+  tags_[place] = address.back();
+  return place;
 }
 
-void SenderTable::count(Sender& sender) const {
-  const double age = static_cast<double>(frames_) / kHalfLife;
-  const double points = std::exp2(sender.worth - age);
-  sender.worth = std::log2(points + 1) + age;
-  sender.lastHeard = static_cast<std::uint32_t>(frames_);
-  sender.heard = std::min(sender.heard + 1, kFruitless);
+void SenderTable::count(std::size_t place) {
+  Sender& sender = senders_[place];
+  sender.points += unit_;
+  if (sender.heard < kFruitless) ++sender.heard;
+  if (place < kRecords) {
+    heard_.set(place);
+  } else {
+    auto* const first = silence_.data();
+    auto* const at = static_cast<std::uint8_t*>(std::memchr(first, static_cast<int>(place), kRemembered));
+    std::rotate(first, at, at + 1);
+  }
 }
 
-double SenderTable::premium(const Sender& sender, bool isPromising) {
-  if (isPromising) return kPremiumOfPromise;
-  return sender.heard >= kFruitless ? kDiscountOfFruitless : kPremium;
+double SenderTable::price(const Sender& sender) {
+  if (sender.isPromising) return sender.points * kPriceOfPromise;
+  return sender.points * (sender.heard >= kFruitless ? kPriceOfFruitless : kPrice);
+}
+
+void SenderTable::findCheapest() {
+  const auto isCheaper = [](const Sender& a, const Sender& b) { return price(a) < price(b); };
+  auto* const cheapest = std::min_element(senders_.begin(), senders_.begin() + kRecords, isCheaper);
+  cheapest_ = static_cast<std::size_t>(cheapest - senders_.begin());
+}
+
+/// The sender at this place gets this record, and the one that had it is remembered.
+void SenderTable::giveRecord(std::size_t place, std::size_t record) {
+  std::swap(senders_[place], senders_[record]);
+  std::swap(tags_[place], tags_[record]);
+  senders_[record].heard = 0;
+  heard_.set(record);
 }
 
 }  // namespace zor::receiver

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <utility>
 
@@ -26,26 +26,22 @@ class SenderTable {
     bool isNew;  ///< The record was another sender's, or nobody's.
   };
 
-  /// Notes a frame of a sender. Returns its record, 0 to kRecords - 1, or nothing
-  /// while it has none. `isPromising(record)` says whether a record holds anything worth keeping.
+  SenderTable();
+
+  /// Notes a frame of a sender. Returns its record, 0 to kRecords - 1, or nothing while it has none.
+  /// `isPromising(record)` says whether a record holds anything worth keeping; that may change only after
+  /// this function has returned the record.
   template <class IsPromising>
   std::optional<Place> observe(const MacAddress& sender, const IsPromising& isPromising) {
-    ++frames_;
-    const std::uint64_t key = keyOf(sender);
-    std::size_t at = find(key);
-    if (at == kSenders) {
-      at = count_ < kSenders ? count_++ : longestSilent();
-      senders_[at] = Sender{key};
-      count(senders_[at]);
-      if (at < kRecords) return Place{at, true};
-    } else {
-      count(senders_[at]);
-      if (at < kRecords) return Place{at, false};
-    }
+    growUnit();
+    std::size_t at = find(sender);
+    const bool isKnown = at != kSenders;
+    if (!isKnown) at = add(sender);
+    count(at);
+    if (at < kRecords) return Place{at, !isKnown};
     const std::size_t record = cheapest(isPromising);
-    if (senders_[at].worth < price(record, isPromising)) return std::nullopt;
-    std::swap(senders_[at], senders_[record]);
-    senders_[record].heard = 0;
+    if (senders_[at].points < price(senders_[record])) return std::nullopt;
+    giveRecord(at, record);
     return Place{record, true};
   }
 
@@ -53,46 +49,51 @@ class SenderTable {
   bool used(std::size_t record) const { return record < count_; }
 
   /// The sender whose record this is.
-  MacAddress sender(std::size_t record) const;
+  const MacAddress& sender(std::size_t record) const { return senders_[record].address; }
 
  private:
-  static constexpr std::size_t kSenders = 5 * kRecords;
+  static constexpr std::size_t kRemembered = 4 * kRecords;
+  static constexpr std::size_t kSenders = kRecords + kRemembered;
 
   struct Sender {
-    std::uint64_t address = 0;
-    /// Base-2 logarithm of the points, plus the age of the table in half-lives: so it does not change while
-    /// nothing is heard of the sender.
-    double worth = -std::numeric_limits<double>::infinity();
-    std::uint32_t lastHeard = 0;  ///< In frames of anyone, modulo its range.
-    std::uint32_t heard = 0;      ///< Frames since it has its record, up to kFruitless.
+    MacAddress address{};
+    std::uint8_t heard = 0;    ///< Frames since it has its record, up to kFruitless.
+    bool isPromising = false;  ///< When the cheapest record was last sought.
+    double points = 0;         ///< In units that grow with time instead of points that shrink.
   };
 
-  static std::uint64_t keyOf(const MacAddress& address);
-  std::size_t find(std::uint64_t address) const;
-  std::size_t longestSilent() const;
-  void count(Sender& sender) const;
+  void growUnit();
+  std::size_t find(const MacAddress& address) const;
+  std::size_t add(const MacAddress& address);
+  void count(std::size_t place);
+  void findCheapest();
+  void giveRecord(std::size_t place, std::size_t record);
 
+  /// What a sender without a record must have more points than, to get this one's.
+  static double price(const Sender& sender);
+
+  /// The record with the lowest price. It is sought only after a record was heard.
   template <class IsPromising>
-  std::size_t cheapest(const IsPromising& isPromising) const {
-    std::size_t best = 0;
-    for (std::size_t i = 1; i < kRecords; ++i) {
-      if (price(i, isPromising) < price(best, isPromising)) best = i;
+  std::size_t cheapest(const IsPromising& isPromising) {
+    if (heard_.none()) return cheapest_;
+    for (std::size_t i = 0; i < kRecords; ++i) {
+      if (heard_[i]) senders_[i].isPromising = isPromising(i);
     }
-    return best;
+    heard_.reset();
+    findCheapest();
+    return cheapest_;
   }
-
-  /// What a sender must be worth to get this record.
-  template <class IsPromising>
-  double price(std::size_t record, const IsPromising& isPromising) const {
-    return senders_[record].worth + premium(senders_[record], isPromising(record));
-  }
-
-  static double premium(const Sender& sender, bool isPromising);
 
   /// Those with a record come first, then the others.
   std::array<Sender, kSenders> senders_{};
+  /// The last byte of each address, which tells most of them apart.
+  std::array<std::uint8_t, kSenders> tags_{};
+  /// The places of those without a record, the one that is silent longest last.
+  std::array<std::uint8_t, kRemembered> silence_{};
   std::size_t count_ = 0;
-  std::uint64_t frames_ = 0;
+  double unit_ = 1;              ///< What a frame counts now.
+  std::bitset<kRecords> heard_;  ///< Since the cheapest record was sought.
+  std::size_t cheapest_ = 0;
 };
 
 }  // namespace zor::receiver
