@@ -23,6 +23,8 @@ void PendingPairs::keep(const GroupPair& pair, Moment seen) {
       std::max<int>(longest_, pair.length) - std::min<int>(shortest_, pair.length) >= wire::kMaxPairs;
   if (tooFar || (kept.used && !same)) clear();
   kept = Kept{seen, pair.first, pair.second, pair.odd, true};
+  const bool indexZeroIsOdd = (pair.length % 2 != 0) != pair.odd;
+  (indexZeroIsOdd ? mayBeEven_ : mayBeOdd_) = false;
   wrapped_ = wrapped_ || length < latest_;
   latest_ = length;
   shortest_ = shortest_ == kNone ? length : std::min(shortest_, length);
@@ -31,9 +33,7 @@ void PendingPairs::keep(const GroupPair& pair, Moment seen) {
 
 bool PendingPairs::mayBe(int base) const {
   if (empty() || base > shortest_ || base < lowestBase()) return false;
-  bool fits = true;
-  forEach([&](const GroupPair& pair, Moment) { fits = fits && ((pair.length - base) % 2 != 0) == pair.odd; });
-  return fits;
+  return base % 2 == 0 ? mayBeEven_ : mayBeOdd_;
 }
 
 std::optional<std::uint8_t> PendingPairs::byteIf(int base, int index) const {

@@ -84,7 +84,9 @@ class PendingPairs {
   std::int16_t shortest_ = kNone;
   std::int16_t longest_ = kNone;
   std::int16_t latest_ = kNone;
-  bool wrapped_ = false;  ///< The frames come from more than one cycle.
+  bool wrapped_ = false;   ///< The frames come from more than one cycle.
+  bool mayBeEven_ = true;  ///< By every frame's mark, the base can be an even length.
+  bool mayBeOdd_ = true;
 };
 
 }  // namespace zor::receiver
