@@ -79,7 +79,7 @@ void Decoder::setRejectionListener(std::function<void(const Credentials&)> liste
 }
 
 void Decoder::reset() {
-  *state_ = State();
+  state_->table = SenderTable();  // A record begins anew when a sender gets it.
 }
 
 }  // namespace zor::receiver
