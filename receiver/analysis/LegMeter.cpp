@@ -18,9 +18,10 @@ Destination classify(const MacAddress& destination) {
   if (!std::equal(wire::kGroupPrefix.begin(), wire::kGroupPrefix.end(), destination.begin()))
     return Destination::otherGroup;
   const auto octets = destination.begin() + wire::kGroupPrefix.size();
-  if (std::equal(octets, destination.end(), wire::kVersion5SyncGroup.begin())) return Destination::sync;
-  if (std::equal(octets, destination.end(), wire::kVersion3MarkerGroup.begin())) return Destination::marker;
-  switch (*octets) {
+  const GroupOctets group{octets[0], octets[1], octets[2]};
+  if (group == wire::kVersion5SyncGroup) return Destination::sync;
+  if (group == wire::kVersion3MarkerGroup) return Destination::marker;
+  switch (group.mark) {
     case wire::kVersion5EvenMark:
     case wire::kVersion5OddMark:
       return Destination::data;

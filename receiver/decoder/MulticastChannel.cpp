@@ -44,7 +44,7 @@ void MulticastChannel::restart() {
 }
 
 bool MulticastChannel::carries(const MulticastFormat& format, const GroupOctets& group) {
-  return group == format.syncGroup || group[0] == format.evenMark || group[0] == format.oddMark;
+  return group.mark == format.evenMark || group.mark == format.oddMark || group == format.syncGroup;
 }
 
 void MulticastChannel::observe(const GroupFrame& frame, PacketEvidence& evidence) {
@@ -89,8 +89,8 @@ bool MulticastChannel::isPossible(const GroupOctets& group, int length,
   const auto fields = evidence.fields(format_->encoding);
   const int frames = fields ? framesOf(fields->packetLength(format_->encoding)) : wire::kMaxPairs;
   const int index = length - *base_;
-  if (index < 0 || index >= frames || (index % 2 != 0) != (group[0] == format_->oddMark)) return false;
-  return !evidence.groupExcludes(pieceOf(format_->encoding, 2 * index), group[1]);
+  if (index < 0 || index >= frames || (index % 2 != 0) != (group.mark == format_->oddMark)) return false;
+  return !evidence.groupExcludes(pieceOf(format_->encoding, 2 * index), group.first);
 }
 
 std::optional<int> MulticastChannel::syncLength() const {
@@ -112,7 +112,8 @@ void MulticastChannel::observeSync(int length, PacketEvidence& evidence) {
 }
 
 void MulticastChannel::observeData(const GroupFrame& frame, PacketEvidence& evidence) {
-  const GroupPair pair{frame.length, frame.group[0] == format_->oddMark, frame.group[1], frame.group[2]};
+  const GroupPair pair{frame.length, frame.group.mark == format_->oddMark, frame.group.first,
+                       frame.group.second};
   // Without a base the lengths serve as indices, as the clock looks at differences only.
   if (!frame.isLate || frame.time > clock_.lastTime())
     noteFit(clock_, clock_.observe(pair.length, frame.time), Source::group, evidence);

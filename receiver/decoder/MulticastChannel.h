@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 
@@ -10,9 +9,6 @@
 #include "receiver/decoder/WireConstants.h"
 
 namespace zor::receiver {
-
-/// The last three octets of an IPv4 group address.
-using GroupOctets = std::array<std::uint8_t, 3>;
 
 /// A multicast frame of an encoding.
 struct GroupFrame {

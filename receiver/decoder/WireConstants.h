@@ -5,6 +5,19 @@
 
 #include "receiver/decoder/MacAddress.h"
 
+namespace zor::receiver {
+
+/// The last three octets of an IPv4 group address.
+struct GroupOctets {
+  std::uint8_t mark = 0;  ///< Says what the frame is; the other two are packet bytes in a data frame.
+  std::uint8_t first = 0;
+  std::uint8_t second = 0;
+
+  bool operator==(const GroupOctets&) const = default;
+};
+
+}  // namespace zor::receiver
+
 /// What the two encodings look like on the air. The receiving side has its own constants: nothing here is
 /// shared with the sending side.
 namespace zor::receiver::wire {
@@ -17,12 +30,12 @@ inline constexpr MacAddress kBroadcastAddress = {0xff, 0xff, 0xff, 0xff, 0xff, 0
 inline constexpr std::array<std::uint8_t, 3> kGroupPrefix = {0x01, 0x00, 0x5e};
 
 /// Version 5 multicast: sync group 239.122.111.114, data groups 239.111.x.y (even frames), 239.114.x.y (odd).
-inline constexpr std::array<std::uint8_t, 3> kVersion5SyncGroup = {122, 111, 114};
+inline constexpr GroupOctets kVersion5SyncGroup = {122, 111, 114};
 inline constexpr std::uint8_t kVersion5EvenMark = 111;
 inline constexpr std::uint8_t kVersion5OddMark = 114;
 
 /// Version 3: marker group 239.90.0.0, data groups 239.79.x.y (even frames) and 239.82.x.y (odd).
-inline constexpr std::array<std::uint8_t, 3> kVersion3MarkerGroup = {90, 0, 0};
+inline constexpr GroupOctets kVersion3MarkerGroup = {90, 0, 0};
 inline constexpr std::uint8_t kVersion3EvenMark = 79;
 inline constexpr std::uint8_t kVersion3OddMark = 82;
 
