@@ -30,11 +30,19 @@ class Cycle final : public zor::Air {
   void wait(std::int32_t milliseconds) override { periodMs_ += milliseconds; }
 
   bool empty() const { return frames_.empty(); }
-  Observation frame(std::size_t number) const {
-    Observation frame = frames_[number % frames_.size()];
-    frame.timeMicroseconds +=
-        static_cast<std::int64_t>(number / frames_.size()) * periodMs_ * kMicrosecondsPerMs;
+
+  /// The next frame of the endless run.
+  Observation frame() const {
+    Observation frame = frames_[next_];
+    frame.timeMicroseconds += begun_;
     return frame;
+  }
+  std::int64_t time() const { return frames_[next_].timeMicroseconds + begun_; }
+
+  void next() {
+    if (++next_ < frames_.size()) return;
+    next_ = 0;
+    begun_ += periodMs_ * kMicrosecondsPerMs;
   }
 
  private:
@@ -42,6 +50,8 @@ class Cycle final : public zor::Air {
 
   std::vector<Observation> frames_;
   std::int64_t periodMs_ = 0;
+  std::size_t next_ = 0;
+  std::int64_t begun_ = 0;  ///< When the present repetition began, microseconds.
 };
 
 /// The frames of an endless run, one after the other.
@@ -60,19 +70,16 @@ class EndlessRun {
     if (kind != RunKind::multicast) zor::sendBroadcastBlock(broadcast_, packet);
   }
 
-  Observation frame() const {
-    return isMulticast() ? multicast_.frame(multicasts_) : broadcast_.frame(broadcasts_);
-  }
-  void next() { ++(isMulticast() ? multicasts_ : broadcasts_); }
+  Observation frame() const { return isMulticast() ? multicast_.frame() : broadcast_.frame(); }
+  void next() { isMulticast() ? multicast_.next() : broadcast_.next(); }
 
  private:
   bool isMulticast() const {
     if (multicast_.empty() || broadcast_.empty()) return broadcast_.empty();
-    return multicast_.frame(multicasts_).timeMicroseconds <= broadcast_.frame(broadcasts_).timeMicroseconds;
+    return multicast_.time() <= broadcast_.time();
   }
 
   Cycle multicast_, broadcast_;
-  std::size_t multicasts_ = 0, broadcasts_ = 0;
 };
 
 std::vector<Observation> firstFrames(const RunTexts& texts, int count) {
