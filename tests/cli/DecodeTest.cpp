@@ -92,6 +92,31 @@ TEST(Decode, ShowsCredentialsOnlyWhenAsked) {
   }
 }
 
+TEST(Decode, NamesFindingsAndLinkLayersInJson) {
+  const struct {
+    const char *file, *finding, *linkLayer;
+  } kCases[] = {
+      {"overhead-changes.pcap", "lengths_changed", "802.11 radiotap"},
+      {"base-zero.pcap", "length_base_zero", "Ethernet"},
+      {"no-broadcast.pcap", "broadcast_missing", "802.11 radiotap"},
+      {"only-v3.pcap", "only_version_3", "802.11 radiotap"},
+      {"short.pcap", "too_short", "802.11 radiotap"},
+      {"held.pcap", "held_in_bursts", "802.11 radiotap"},
+      {"unknown-pace.pcap", "pace_unknown", "802.11 radiotap"},
+      {"cooked1.pcap", "complete", "Linux cooked v1"},
+      {"cooked2.pcap", "complete", "Linux cooked v2"},
+      {"raw.pcap", "complete", "raw IP"},
+      {"wifi.pcap", "complete", "802.11"},
+      {"ppi.pcap", "complete", "802.11 PPI"},
+  };
+  for (const auto& [file, finding, linkLayer] : kCases) {
+    Zorctl zorctl({"decode", kCaptures + file, "--json"});
+    zorctl.wait();
+    EXPECT_EQ(zorctl.event("started").at("link_layer"), linkLayer) << file;
+    EXPECT_TRUE(contains(zorctl.out(), "\"" + std::string(finding) + "\"")) << file << zorctl.out();
+  }
+}
+
 TEST(Decode, SimulatesHowLongAModuleNeedsAtTheLossFound) {
   Zorctl zorctl({"decode", kCaptures + "sparse.pcap", "--json"});
   EXPECT_EQ(zorctl.wait(), 0) << zorctl.err();

@@ -92,6 +92,8 @@ TEST(Terminal, ShowsWhatTheCommandPrints) {
        "sending \"Caf\\xc3\\xa9\""},
       {"LC_ALL=C.UTF-8 zorctl module --interface zor0 --mac \"$(printf '\\303\\251')\"",
        "must be printable ASCII"},
+      // How much of a file was read.
+      {"TERM=xterm zorctl decode " CAPTURES "radiotap.pcap", "87 frames [####"},
       // Spelling.
       {"zorctl serach", "did you mean 'search'?"},
       {"zorctl provision --sid s", "did you mean '--ssid'?"},

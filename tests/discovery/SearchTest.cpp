@@ -129,6 +129,16 @@ TEST_F(Search, IsReplacedByANewOneAndByNothingElse) {
   EXPECT_NE(system.sent()[1].localPort, system.sent()[0].localPort);
 }
 
+TEST_F(Search, GoesOnWithAnotherSocketWhenTheSystemTakesItsOwn) {
+  system.failReceives(1, ENOTCONN);
+  start(20, 5);
+  answerRequests(1, "lost with the socket");
+  ASSERT_TRUE(isSearchOver());
+  EXPECT_EQ(suite.DeviceSearchReport().requestsSent, 5);
+  EXPECT_EQ(suite.DeviceSearchReport().socketsOpened, 2);
+  EXPECT_EQ(suite.DeviceSearchReport().error.number, ENOTCONN);
+}
+
 TEST_F(Search, CountsRequestsThatCouldNotBeSent) {
   system.failSendsWhen([](const SentDatagram&) { return true; });
   start(5, 3);

@@ -9,6 +9,7 @@
 
 #include "ZOR/discovery/ModuleReporter.h"
 #include "ZOR/platform/PostReport.h"
+#include "ZORBroadcast_SSID_Password.h"
 #include "tests/support/SuiteTest.h"
 
 namespace {
@@ -84,6 +85,33 @@ TEST_F(MemoryFault, NeedsNoneForWhatTheQueueHasNoPlaceFor) {
   EXPECT_EQ(std::exchange(allocationsLeft, -1), 100);
   EXPECT_EQ(counters.dropped, 1);
   ZorRunMainQueue(0);
+  allocationsLeft = 0;
+  reporter.take(line, sizeof line - 1, "10.0.0.1");
+  allocationsLeft = -1;
+  EXPECT_EQ(counters.dropped, 2) << "nor is there a report without memory for it";
+}
+
+TEST_F(MemoryFault, LeavesTheApplicationsHandlersInPlace) {
+  int hooked = 0;
+  ZorSetSocketHook([&](std::int32_t) { return ++hooked > 0; });
+  allocationsLeft = 0;
+  ZorSetSocketHook([](std::int32_t) { return true; });
+  ZorSetLogSink([](const char*) {});
+  ZorSetMainQueue([](std::function<void()>) {});
+  const bool posted = ZorPostToMainQueue([] {});
+  ZORBroadcast_SSID_Password wrapper;
+  wrapper.startBroadcast_SSID("home", "secret!!");
+  wrapper.LogStr("a line that is longer than a small string");
+  allocationsLeft = -1;
+  EXPECT_FALSE(posted);
+  EXPECT_EQ(wrapper.myZorSuite(), nullptr);
+  EXPECT_TRUE(ZorPostToMainQueue([] {}));
+  EXPECT_EQ(ZorRunMainQueue(0), 1);
+  suite.SmartConfigOnlineListen(kPort);
+  EXPECT_EQ(hooked, 1);
+  ZorLogLine("the sink is still there");
+  EXPECT_TRUE(log.has("the sink is still there"));
+  ZorSetSocketHook(nullptr);
 }
 
 TEST_F(MemoryFault, InAnyAllocationOfAStartLeavesNoHandleBehind) {

@@ -36,6 +36,11 @@ TEST_F(Wrapper, ListensRunsAndStopsWithOneCallEach) {
   wrapper.startBroadcast_SSID("home", "secret!!");
   wrapper.myZorSuite()->setDelegate(delegate);
   EXPECT_TRUE(isHeard("A")) << "the second run has a listener";
+  const auto started = wrapper.myZorSuite();
+  wrapper.setMyZorSuite(nullptr);
+  wrapper.stopBroadcast();
+  EXPECT_TRUE(s_threadSmartConfigMc) << "there is no suite to stop";
+  wrapper.setMyZorSuite(started);
   wrapper.stopBroadcast();
   EXPECT_TRUE(runIsOver() && isOver(s_threadSmartOnlineListen));
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <numeric>
 #include <ostream>
@@ -210,6 +211,59 @@ TEST(Verdict, KeepsTheFirstFramesWithTheirMeaning) {
   EXPECT_TRUE(has("sparse.pcap", multicastData, fresh));
   EXPECT_TRUE(has("two-senders.pcap", position, contradicting) && has("two-senders.pcap", value, repeated));
   EXPECT_TRUE(has("no-syncs.pcap", other, none) && !has("no-syncs.pcap", value, none));
+}
+
+bool isBroadcast(const CapturedFrame& frame) {
+  return frame.destination[0] == 0xff;
+}
+
+/// What an air would show that no file holds: each frame is changed, or left out.
+TEST(Verdict, NamesTheCauseInChangedCaptures) {
+  using enum FindingKind;
+  const auto convert = [](CapturedFrame& frame) {
+    if (frame.leg == Leg::fromAccessPoint && !isBroadcast(frame)) frame.destination = {2, 0, 0, 0, 0, 7};
+  };
+  const struct {
+    const char* file;
+    std::function<bool(CapturedFrame&)> change;  // Returns false for a frame to leave out.
+    FindingKind finding;
+    const char* says;
+  } kCases[] = {
+      {"both-legs.pcap", [&](CapturedFrame& frame) { return convert(frame), true; }, multicastMissing,
+       "does not repeat them: it converts multicasts to unicasts, of which 3"},
+      {"both-legs.pcap",
+       [&](CapturedFrame& frame) { return convert(frame), frame.leg == Leg::fromAccessPoint; },
+       multicastMissing, "the access point converts multicasts to unicasts, of which 3"},
+      {"both-legs.pcap",
+       [](CapturedFrame& frame) { return frame.leg == Leg::fromAccessPoint && !isBroadcast(frame); },
+       broadcastMissing, "the access point filters broadcasts, or the phone sends none"},
+      {"ethernet.pcap",
+       [heard = 0](CapturedFrame& frame) mutable {
+         if (++heard > 50) frame.length += 4;
+         return isBroadcast(frame);
+       },
+       lengthsChanged, "moved by 4 bytes"},
+      {"ethernet.pcap",
+       [](CapturedFrame& frame) {
+         if (frame.length == 58 + 6) frame.destination[5] ^= 1U;
+         return !isBroadcast(frame);
+       },
+       crcNeverHolds, "the sender's packet is damaged"},
+  };
+  for (const auto& [file, change, finding, says] : kCases) {
+    CaptureReader reader;
+    ASSERT_EQ(reader.openFile(CAPTURES + std::string(file)), "");
+    Analysis analysis;
+    const auto hear = [&](CapturedFrame frame) {
+      if (change(frame)) analysis.observe(frame);
+    };
+    while (reader.read(hear) == CaptureReader::Status::more) continue;
+    const SenderReport sender = analysis.report().senders.at(0);
+    const std::vector<Finding> findings = judge(sender, kPaces);
+    const auto found = std::ranges::find(findings, finding, &Finding::kind);
+    ASSERT_NE(found, findings.end()) << says;
+    EXPECT_NE(found->text.find(says), std::string::npos) << found->text;
+  }
 }
 
 /// 100 senders, each of one broadcast, do not push out the phone; memory is fixed by type.

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "receiver/capture/CaptureReader.h"
+#include "receiver/capture/FrameSource.h"
 
 namespace zor::receiver {
 namespace {
@@ -59,6 +60,7 @@ TEST(LinkLayer, Reads80211ByItsHeader) {
       {"beacon", start(0x80, 0x00), management},
       {"acknowledgement", start(0xd4, 0x00), FrameKind::control},
       {"version 1", start(0x09, 0x01), unreadable},
+      {"reserved type", start(0x0c, 0x00), unreadable},
       {"empty", {}, unreadable},
   };
   for (const auto& [what, bytes, kind, leg, length] : kCases) {
@@ -135,6 +137,8 @@ TEST(LinkLayer, SkipsAVlanTagAndMarksWhatThisComputerSent) {
   EXPECT_EQ(frame.destination, kGroup);
   EXPECT_EQ(frame.source, kPhone);
   EXPECT_EQ(frame.length, 84);
+  const Frame toHost = Frame{0x45} + Frame(15, 0) + Frame{10, 77, 0, 1};
+  EXPECT_EQ(readFrame(LinkLayer::rawIp, toHost, 100).destination, (MacAddress{0, 0, 10, 77, 0, 1}));
 }
 
 TEST(CaptureReader, SaysInOneLineWhatIsNoCapture) {
@@ -156,6 +160,12 @@ TEST(CaptureReader, SaysInOneLineWhatIsNoCapture) {
     EXPECT_EQ(problem.find('\n'), std::string::npos);
   }
   EXPECT_EQ(CaptureReader().openFile("/no/such"), "No such file or directory");
+}
+
+TEST(FrameSource, SaysInOneLineWhyItCannotCapture) {
+  const std::string problem = FrameSource().open("none0");
+  EXPECT_TRUE(problem.starts_with("cannot capture on none0: ")) << problem;
+  EXPECT_EQ(problem.find('\n'), std::string::npos);
 }
 
 }  // namespace

@@ -82,6 +82,7 @@ TEST_P(Provisioning, FramesMakeTheModuleJoinAndAnnounceItself) {
   const UdpPeer::Datagram answer = phone.receive(patience(1000));
   EXPECT_EQ(answer.text, "xcmd_rsp:4:"s + kPairs);
   EXPECT_EQ(answer.port, kModulePort);
+  EXPECT_EQ(ask(phone, "xcmd_req:5:cmd=INFO\r\n"), "xcmd_rsp:5:ret=-1\r\n");
   EXPECT_EQ(module.stop(), "");
 }
 
@@ -107,6 +108,10 @@ TEST(VirtualModule, SaysWhyItCannotRun) {
   VirtualModuleOptions hostile = optionsOf(true);
   hostile.version = "1\r\nxcmd_notify:";
   EXPECT_EQ(RunningModule(hostile).join(), "the version holds a comma or something unprintable");
+  VirtualModuleOptions longest = optionsOf(true);
+  longest.extension = std::string(4096, 'x');
+  EXPECT_EQ(RunningModule(longest).join(),
+            "mac, version, capabilities and extension are too long for a line");
   const UdpPeer taken(kModulePort);
   EXPECT_EQ(RunningModule(optionsOf(true)).join(), "cannot open UDP port 25000: Address already in use");
 }
@@ -205,6 +210,18 @@ TEST_F(Upgrade, KeepsNothingOfAnIncompleteFile) {
     EXPECT_EQ(phone_.receive(patience(1000)).text, "xcmd_rsp:123:ret=-6\r\n");
     EXPECT_EQ(filesLeft(), 0) << response;
   }
+}
+
+TEST_F(Upgrade, SaysWhyTheFileCannotBeStored) {
+  const HttpServer server("");
+  VirtualModuleOptions nowhere = options();
+  nowhere.downloadPath = "/no/such/firmware.bin";
+  RunningModule module(nowhere);
+  ASSERT_TRUE(module.isStarted());
+  EXPECT_EQ(ask(phone_, command(server)), kAccepted);
+  const auto failed = module.waitFor<DownloadFailed>();
+  ASSERT_TRUE(failed);
+  EXPECT_EQ(failed->reason, "the file could not be stored: No such file or directory");
 }
 
 VirtualModule* interrupted = nullptr;
