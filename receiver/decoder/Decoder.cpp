@@ -43,8 +43,6 @@ Decoder::Decoder() : state_(std::make_unique<State>()) {
 }
 
 Decoder::~Decoder() = default;
-Decoder::Decoder(Decoder&&) noexcept = default;
-Decoder& Decoder::operator=(Decoder&&) noexcept = default;
 
 std::optional<Credentials> Decoder::observe(const Observation& observation) {
   if (!mayBelong(observation)) return std::nullopt;

@@ -40,8 +40,7 @@ using DecoderProgress = std::vector<SenderProgress>;
 ///     those have a record that are heard most, so no number of strangers keeps a phone from being heard.
 ///  3. Any observation is safe to pass in.
 ///
-/// Not thread-safe: one thread at a time. Never blocks. A decoder that was moved from can only be assigned to
-/// or destroyed.
+/// Not thread-safe: one thread at a time. Never blocks.
 class Decoder {
  public:
   static constexpr std::size_t kMaxSenders = 16;
@@ -49,8 +48,6 @@ class Decoder {
 
   Decoder();
   ~Decoder();
-  Decoder(Decoder&&) noexcept;
-  Decoder& operator=(Decoder&&) noexcept;
 
   /// Takes the next frame; frames are passed in the order in which they were heard. Returns the credentials
   /// of the frame's sender, if this frame made them complete and they are news. With the SSID and the pass
