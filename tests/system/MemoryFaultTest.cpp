@@ -94,6 +94,7 @@ TEST_F(MemoryFault, NeedsNoneForWhatTheQueueHasNoPlaceFor) {
 TEST_F(MemoryFault, LeavesTheApplicationsHandlersInPlace) {
   int hooked = 0;
   ZorSetSocketHook([&](std::int32_t) { return ++hooked > 0; });
+  ZorRunMainQueue(0);  // Makes the queue.
   allocationsLeft = 0;
   ZorSetSocketHook([](std::int32_t) { return true; });
   ZorSetLogSink([](const char*) {});

@@ -243,6 +243,11 @@ TEST(Verdict, NamesTheCauseInChangedCaptures) {
          return isBroadcast(frame);
        },
        lengthsChanged, "moved by 4 bytes"},
+      {"both-legs.pcap",
+       [heard = 0](CapturedFrame& frame) mutable {
+         return frame.leg == Leg::fromAccessPoint || ++heard % 4 == 0;
+       },
+       complete, "complete"},
       {"ethernet.pcap",
        [](CapturedFrame& frame) {
          if (frame.length == 58 + 6) frame.destination[5] ^= 1U;

@@ -260,6 +260,18 @@ TEST_F(Upgrade, CanBeAnsweredAfterItsStatus) {
   EXPECT_EQ(ask(phone_, kStatus), "xcmd_rsp:321:status=100\r\n");
 }
 
+TEST_F(Upgrade, ThatFailsIsAnsweredAfterItsStatus) {
+  const HttpServer server("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
+  VirtualModuleOptions late = options();
+  late.misbehaviour = Misbehaviour::lateCommandAnswer;
+  RunningModule module(late);
+  ASSERT_TRUE(module.isStarted());
+  EXPECT_TRUE(ask(phone_, command(server)).starts_with("xcmd_rsp:321:status="));
+  ASSERT_TRUE(module.waitFor<DownloadFailed>());
+  EXPECT_EQ(ask(phone_, kStatus), "xcmd_rsp:321:status=-6\r\n");
+  EXPECT_EQ(phone_.receive(patience(1000)).text, "xcmd_rsp:123:ret=-6\r\n");
+}
+
 struct MisbehaviourCase {
   Misbehaviour misbehaviour;
   std::vector<std::string> requests, answers;
