@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <utility>
 
 #include "receiver/decoder/SenderRecord.h"
@@ -51,7 +52,10 @@ std::optional<Credentials> Decoder::observe(const Observation& observation) {
   const auto place = state_->table.observe(observation.sender, isPromising);
   if (!place) return std::nullopt;
   SenderRecord& record = records[place->record];
-  if (place->isNew) record = SenderRecord();
+  if (place->isNew) {  // In place, because it takes 4 KiB.
+    std::destroy_at(&record);
+    std::construct_at(&record);
+  }
   std::optional<Credentials> rejected;
   auto credentials = record.observe(observation, rejectionListener_ ? &rejected : nullptr);
   if (credentials) credentials->sender = observation.sender;
