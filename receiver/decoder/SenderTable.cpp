@@ -77,8 +77,8 @@ double SenderTable::price(const Sender& sender) {
 
 void SenderTable::findCheapest() {
   const auto isCheaper = [](const Sender& a, const Sender& b) { return price(a) < price(b); };
-  auto* const cheapest = std::min_element(senders_.begin(), senders_.begin() + kRecords, isCheaper);
-  cheapest_ = static_cast<std::size_t>(cheapest - senders_.begin());
+  const Sender* const first = senders_.data();
+  cheapest_ = static_cast<std::size_t>(std::min_element(first, first + kRecords, isCheaper) - first);
 }
 
 /// The sender at this place gets this record, and the one that had it is remembered.
