@@ -538,6 +538,17 @@ TEST(Decoder, TellsWhatOnlyTheCrcStopped) {
   EXPECT_EQ(rejected, std::vector{kHome.credentials()});
 }
 
+TEST(Decoder, FindsABaseOfTheBroadcastsOwnWithoutTheirSyncs) {
+  Phone phone = kHome;
+  phone.broadcastBase = 100;
+  Air air = phone.run("m", 0, 400);  // Not the whole packet.
+  for (const Observation& frame : phone.run("b", 400, 10'000)) {
+    const int offset = frame.frameLength - phone.broadcastBase;
+    if (offset > 1 && offset < 358) air.push_back(frame);
+  }
+  EXPECT_EQ(decode(air), std::vector{phone.credentials()});
+}
+
 TEST(Decoder, TakesNoOtherBaseWhileTheLikelyOneIsOpen) {
   // Every byte of the texts is the same, so they agree at many bases, and no sync group is heard.
   const Phone phone{std::string(20, 'z'), std::string(30, 'z')};
