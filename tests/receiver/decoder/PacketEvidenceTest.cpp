@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "receiver/decoder/Breaks.h"
+
 namespace zor::receiver {
 namespace {
 
@@ -55,6 +57,15 @@ Step brk(Source source, bool provisional = false) {
   return {[=](PacketEvidence& evidence, Moment now) { evidence.noteBreak(source, now, provisional); }};
 }
 
+/// The first frame that a clock hears.
+Step start(Source source) {
+  return {[=](PacketEvidence& evidence, Moment now) {
+    CycleClock clock(30'000);
+    const auto fit = clock.observe(0, now * std::int64_t{1'000});
+    noteFit(clock, fit, source, evidence);
+  }};
+}
+
 Step padding(std::uint8_t value) {
   return {[=](PacketEvidence& evidence, Moment now) { evidence.add(kEnd, value, Source::group, now); }};
 }
@@ -78,91 +89,75 @@ TEST(PacketEvidence, ReadsWhatIsCertain) {
   constexpr Source kGroup = Source::group;
   constexpr Source kLength = Source::length;
   const Step kAtEnd = end(kEnd - 1, kLength);
-  constexpr Timetable kUnexplained = Timetable::unexplained;
-  constexpr Timetable kInterrupted = Timetable::interrupted;
+  const Step groups = all(kGroup), lengths = all(kLength), ordered = byOrder(0, kEnd);
+  // Piece 9 is a byte of the pass phrase.
+  const Step most = all(kGroup, 9), last = one(9, kGroup), other = one(9, kGroup, 1);
+  const Step otherLength = one(9, kLength, 1), crc = one(wire::kVersion5Crc, kGroup), text = one(10, kGroup);
+  const Step aBreak = brk(kGroup), provisional = brk(kGroup, true);
+  constexpr Timetables kGroupsUnexplained = {Timetable::unexplained, Timetable::explained};
+  constexpr Timetables kLengthsUnexplained = {Timetable::explained, Timetable::unexplained};
+  constexpr Timetables kGroupsInterrupted = {Timetable::interrupted, Timetable::explained};
+  constexpr Timetables kLengthsInterrupted = {Timetable::explained, Timetable::interrupted};
   const struct {
     const char* name;
     std::vector<Step> steps;
     bool reads;
     Timetables timetables = kExplained;
   } kCases[] = {
-      {"a group frame is certain", {all(kGroup)}, true},
-      {"lengths that nothing confirms", {all(kLength)}, false},
-      {"lengths that the last position confirms", {kAtEnd, all(kLength)}, true},
-      {"lengths seen twice", {all(kLength), one(0, kLength), one(2, kLength), one(3, kLength)}, true},
-      {"among strays, single sightings", {kAtEnd, kStray, all(kLength)}, false},
-      {"among strays, one single sighting", {kAtEnd, kStray, all(kLength, 9), all(kLength)}, true},
-      {"after disorder, two sightings", {kDisorder, kDisorder, kDisorder, all(kLength), all(kLength)}, false},
+      {"a group frame is certain", {groups}, true},
+      {"lengths that nothing confirms", {lengths}, false},
+      {"lengths that the last position confirms", {kAtEnd, lengths}, true},
+      {"lengths seen twice", {lengths, one(0, kLength), one(2, kLength), one(3, kLength)}, true},
+      {"among strays, single sightings", {kAtEnd, kStray, lengths}, false},
+      {"among strays, one single sighting", {kAtEnd, kStray, all(kLength, 9), lengths}, true},
+      {"after disorder, two sightings", {kDisorder, kDisorder, kDisorder, lengths, lengths}, false},
       {"after disorder, single sightings",
-       {kDisorder, all(kLength), one(0, kLength), one(2, kLength), one(3, kLength)},
+       {kDisorder, lengths, one(0, kLength), one(2, kLength), one(3, kLength)},
        false},
-      {"after disorder, a length seen once", {kDisorder, kAtEnd, all(kLength, 0), all(kLength)}, false},
-      {"a position beyond the end", {end(13, kLength), all(kGroup)}, false},
-      {"a group beyond the end", {end(14, kGroup), all(kGroup)}, false},
-      {"the last group's second byte", {end(13, kGroup), all(kGroup)}, true},
-      {"a length against a group", {all(kGroup), one(9, kLength, 1)}, true},
-      {"a group against a length", {one(9, kLength, 1), all(kGroup)}, true},
-      {"one vote against another", {kAtEnd, all(kLength), all(kLength), one(9, kLength, 1)}, true},
-      {"votes against two bytes",
-       {kAtEnd, all(kLength), all(kLength), one(9, kLength, 1), one(8, kLength, 1)},
-       false},
-      {"copies are one sighting", {kStray, all(kLength), after(300, all(kLength))}, false},
-      {"only the order has placed them", {kAtEnd, byOrder(0, kEnd), one(2, kLength), one(3, kLength)}, false},
-      {"there is only the order",
-       {kTimeless, kAtEnd, byOrder(0, kEnd), one(2, kLength), one(3, kLength)},
+      {"after disorder, a length seen once", {kDisorder, kAtEnd, all(kLength, 0), lengths}, false},
+      {"a position beyond the end", {end(13, kLength), groups}, false},
+      {"a group beyond the end", {end(14, kGroup), groups}, false},
+      {"the last group's second byte", {end(13, kGroup), groups}, true},
+      {"a length against a group", {groups, otherLength}, true},
+      {"a group against a length", {otherLength, groups}, true},
+      {"one vote against another", {kAtEnd, lengths, lengths, otherLength}, true},
+      {"votes against two bytes", {kAtEnd, lengths, lengths, otherLength, one(8, kLength, 1)}, false},
+      {"copies are one sighting", {kStray, lengths, after(300, lengths)}, false},
+      {"only the order has placed them", {kAtEnd, ordered, one(2, kLength), one(3, kLength)}, false},
+      {"there is only the order", {kTimeless, kAtEnd, ordered, one(2, kLength), one(3, kLength)}, true},
+      {"the lengths are by order too", {kTimeless, kAtEnd, ordered}, false},
+      {"among strays, the order twice", {kStray, ordered, ordered}, false},
+      {"the order, which times confirm", {kAtEnd, ordered, kConfirmed}, true},
+      {"the order, which a time confirms", {kAtEnd, ordered, after(100, lengths)}, true},
+      {"a time, then the order", {kAtEnd, lengths, after(100, byOrder(9, 10))}, true},
+      {"the last byte is dropped", {kAtEnd, kDrop, lengths}, false},
+      {"strays are dropped", {kStray, kDisorder, kDrop, kAtEnd, lengths}, true},
+      {"foreign frames stay", {kForeign, kDrop, kAtEnd, lengths}, false},
+      {"padding differs", {groups, padding(1), padding(2)}, true},
+      {"one vote against one", {otherLength, all(kLength, 8), lengths}, true},
+      {"agreement between contradictions",
+       {groups, otherLength, otherLength, one(9, kLength), otherLength},
        true},
-      {"the lengths are by order too", {kTimeless, kAtEnd, byOrder(0, kEnd)}, false},
-      {"among strays, the order twice", {kStray, byOrder(0, kEnd), byOrder(0, kEnd)}, false},
-      {"the order, which times confirm", {kAtEnd, byOrder(0, kEnd), kConfirmed}, true},
-      {"the order, which a time confirms", {kAtEnd, byOrder(0, kEnd), after(100, all(kLength))}, true},
-      {"a time, then the order", {kAtEnd, all(kLength), after(100, byOrder(9, 10))}, true},
-      {"the last byte is dropped", {kAtEnd, kDrop, all(kLength)}, false},
-      {"strays are dropped", {kStray, kDisorder, kDrop, kAtEnd, all(kLength)}, true},
-      {"foreign frames stay", {kForeign, kDrop, kAtEnd, all(kLength)}, false},
-      {"padding differs", {all(kGroup), padding(1), padding(2)}, true},
-      {"one vote against one", {one(9, kLength, 1), all(kLength, 8), all(kLength)}, true},
-      {"contradictions with agreement between",
-       {all(kGroup), one(9, kLength, 1), one(9, kLength, 1), one(9, kLength), one(9, kLength, 1)},
-       true},
-      {"contradictions in a row",
-       {all(kGroup), one(9, kLength, 1), one(9, kLength, 1), one(9, kLength, 1)},
-       false},
-      {"one clash of groups", {one(9, kGroup, 1), one(9, kGroup), all(kGroup)}, true},
-      {"two clashes of groups", {one(9, kGroup), one(9, kGroup, 1), one(9, kGroup), all(kGroup)}, false},
-      {"two clashes, all seen twice",
-       {one(9, kGroup), one(9, kGroup, 1), one(9, kGroup), all(kGroup), all(kGroup)},
-       true},
-      {"two clashes long ago",
-       {one(9, kGroup), one(9, kGroup, 1), one(9, kGroup), after(6'000, all(kGroup))},
-       true},
-      {"two clashes far apart",
-       {one(9, kGroup), one(9, kGroup, 1), after(6'000, one(9, kGroup)), all(kGroup)},
-       true},
-      {"a break noticed late", {all(kGroup), after(-500, brk(kGroup))}, true},
-      {"votes of before a break",
-       {one(9, kLength, 1), one(9, kLength, 1), brk(kLength), kAtEnd, all(kLength)},
-       true},
-      {"the CRC by itself", {all(kGroup, 9), brk(kGroup), one(9, kGroup), one(1, kGroup)}, false},
-      {"pieces of before a break", {all(kGroup, 9), brk(kGroup), one(9, kGroup)}, false},
-      {"the CRC and a text are the same",
-       {all(kGroup, 9), brk(kGroup), one(9, kGroup), one(1, kGroup), one(10, kGroup)},
-       true},
-      {"texts by themselves", {all(kGroup, 9), brk(kGroup), one(9, kGroup), one(10, kGroup)}, false},
-      {"agreement since the second of two breaks",
-       {all(kGroup, 9), brk(kGroup), one(9, kGroup), one(10, kGroup), one(1, kGroup), brk(kGroup),
-        one(9, kGroup), one(1, kGroup)},
-       true},
-      {"a provisional break, explained", {all(kGroup, 9), brk(kGroup, true), one(9, kGroup)}, true},
-      {"a provisional break, unexplained",
-       {all(kGroup, 9), brk(kGroup, true), one(9, kGroup)},
-       false,
-       {kUnexplained, Timetable::explained}},
-      {"a provisional break of the other source",
-       {all(kGroup, 9), brk(kLength, true), one(9, kGroup)},
-       true,
-       {Timetable::explained, kUnexplained}},
-      {"the other source is interrupted", {all(kGroup)}, true, {Timetable::explained, kInterrupted}},
-      {"interrupted", {all(kGroup)}, false, {kInterrupted, Timetable::explained}},
+      {"three contradictions", {groups, otherLength, otherLength, otherLength}, false},
+      {"one clash of groups", {other, last, groups}, true},
+      {"two clashes of groups", {last, other, last, groups}, false},
+      {"two clashes, all seen twice", {last, other, last, groups, groups}, true},
+      {"two clashes long ago", {last, other, last, after(6'000, groups)}, true},
+      {"two clashes far apart", {last, other, after(6'000, last), groups}, true},
+      {"a break noticed late", {groups, after(-500, aBreak)}, true},
+      {"votes of before a break", {otherLength, otherLength, brk(kLength), kAtEnd, lengths}, true},
+      {"the CRC by itself", {most, aBreak, last, crc}, false},
+      {"pieces of before a break", {most, aBreak, last}, false},
+      {"the CRC and a text are the same", {most, aBreak, last, crc, text}, true},
+      {"texts by themselves", {most, aBreak, last, text}, false},
+      {"agreement since the second break", {most, aBreak, last, text, crc, aBreak, last, crc}, true},
+      {"the other channel starts soon", {most, start(kLength), last}, true},
+      {"the other channel starts late", {most, after(1'100, start(kLength)), last}, false},
+      {"a provisional break, explained", {most, provisional, last}, true},
+      {"unexplained", {most, provisional, last}, false, kGroupsUnexplained},
+      {"one of the other source", {most, brk(kLength, true), last}, true, kLengthsUnexplained},
+      {"the other source is interrupted", {groups}, true, kLengthsInterrupted},
+      {"interrupted", {groups}, false, kGroupsInterrupted},
   };
   for (const auto& test : kCases) EXPECT_EQ(reads(test.steps, test.timetables), test.reads) << test.name;
 }
@@ -190,6 +185,19 @@ TEST(PacketEvidence, HoldsOneMiddleForBothEncodings) {
   EXPECT_EQ(evidence.byteAt(Encoding::version3, 0), 0x77);
   EXPECT_EQ(evidence.byteAt(Encoding::version3, 1), 5);
   EXPECT_FALSE(evidence.byteAt(Encoding::version5, 1));
+}
+
+TEST(PacketLayout, HasLimits) {
+  EXPECT_TRUE(readFields(0x10 + 0, 32, 64));
+  EXPECT_TRUE(readFields(0x10 + 16, 16, 64));
+  EXPECT_FALSE(readFields(0x10 - 1, 1, 8));
+  EXPECT_FALSE(readFields(0x10 + 17, 1, 8));
+  EXPECT_FALSE(readFields({}, 33, 8));
+  EXPECT_FALSE(readFields({}, 1, 65));
+  EXPECT_FALSE(readFields(0x10 + 1, 32, 64));
+  EXPECT_FALSE(
+      (PacketFields{5, 3, 0}.distinguishesRuns(8)));  // The SSID stays when a pass phrase is corrected.
+  EXPECT_TRUE((PacketFields{5, 2, 0}.distinguishesRuns(8)));
 }
 
 }  // namespace

@@ -5,6 +5,9 @@
 #include <vector>
 
 #include "ZOR/state/Paces.h"
+#include "simulator/Airs.h"
+#include "simulator/Random.h"
+#include "simulator/SampleSecret.h"
 #include "simulator/Trial.h"
 
 namespace zor::simulator {
@@ -54,6 +57,66 @@ TEST(DecoderSpeed, IsThatOfTheBoundInQuietAirs) {
       EXPECT_LE(quantile(decoder, 0.5), quantile(bound, 0.5) * sent.median);
       EXPECT_LE(quantile(decoder, 0.95), quantile(bound, 0.95) * sent.p95);
     }
+  }
+}
+
+std::string randomText(std::int64_t length, Random& random) {
+  std::string text;
+  while (length-- > 0) text += static_cast<char>('a' + random.below(26));
+  return text;
+}
+
+TEST(DecoderSpeed, IsKeptInDisturbedAirsAndRunsAreNotMixed) {
+  constexpr Channels kMulticast = {true, false, false};
+  constexpr Channels kBroadcast = {false, true, false};
+  constexpr Channels kBoth = {true, true, false};
+  constexpr Channels kAll = {true, true, true};
+  const struct {
+    const char* air;
+    Channels channels;
+    double median, p95;  ///< Seconds.
+    int mixed;           ///< Runs in which at most a CRC kept the decoder from wrong credentials.
+  } kCases[] = {
+      {"held 300 ms", kBroadcast, 3.22, 6.71, 2},
+      {"held 300 ms", kBoth, 0.84, 2.11, 2},
+      {"jitter 6 ms", kBroadcast, 5.57, 13.3, 2},
+      {"stalls 80 ms", kBroadcast, 4.26, 19.7, 2},
+      {"stalls 80 ms", kMulticast, 1.06, 6.95, 2},
+      {"chatter 5/s", kBroadcast, 4.43, 15.8, 2},
+      {"chatter 16/s", kBroadcast, 12.2, 48.5, 2},
+      {"chatter 16/s", kBoth, 0.74, 2.39, 2},
+      {"chatter 5/s + held 300 ms", kBroadcast, 10.3, 22.6, 2},
+      {"both directions", kMulticast, 0.72, 2.27, 2},
+      {"both directions", kBroadcast, 3.93, 7.45, 2},
+      {"both directions + repeats", kBoth, 0.63, 1.80, 2},
+      {"both directions + held 300 ms", kAll, 1.93, 4.94, 5},
+      {"corrected within 60 ms", kBroadcast, 2.74, 5.91, 6},
+      {"corrected within 60 ms", kMulticast, 0.86, 2.98, 8},
+      {"corrected within 60 ms", kAll, 0.64, 2.22, 10},
+      {"corrected within 5 s + held 300 ms", kBroadcast, 3.62, 10.6, 9},
+      {"corrected within 5 s + held 300 ms", kAll, 0.85, 2.01, 17},
+  };
+  for (const auto& test : kCases) {
+    Scenario scenario{{}, findAir(test.air)->environment, Listens::anyTime, 1};
+    scenario.environment.radio.loss = 0.3;
+    std::vector<double> seconds;
+    int mixed = 0;
+    for (std::uint64_t home = 1; home <= 20; ++home) {
+      Random random(home);
+      const Secret secret{randomText(random.below(20), random), randomText(8, random), {1, 2}};
+      const Pace& pace = ZorFindPace(home % 2 == 0 ? "default" : "robust")->values;
+      const PhonePlan plan = makePlan(secret, pace, test.channels);
+      const PhonePlan earlier = makePlan(mistyped(secret), pace, test.channels);
+      scenario.phones = {{&plan, &earlier}};
+      for (const Outcome& outcome : runTrials(scenario, 20, home)) {
+        seconds.push_back(outcome.decoderSeconds);
+        mixed += outcome.stoppedByCrc || !outcome.wrong.empty() ? 1 : 0;
+      }
+    }
+    SCOPED_TRACE(std::string(test.air));
+    EXPECT_LE(quantile(seconds, 0.5), test.median);
+    EXPECT_LE(quantile(seconds, 0.95), test.p95);
+    EXPECT_LE(mixed, test.mixed);
   }
 }
 

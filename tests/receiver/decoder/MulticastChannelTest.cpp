@@ -1,0 +1,97 @@
+#include "receiver/decoder/MulticastChannel.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace zor::receiver {
+namespace {
+
+constexpr GroupOctets kSync = {122, 111, 114};
+
+/// A channel of version 5 whose frames come every 30 ms.
+struct Channel {
+  PacketEvidence evidence;
+  MulticastChannel channel{kVersion5Multicast};
+  std::int64_t time = 0;
+
+  static GroupOctets groupOf(int index, std::uint8_t bytes) {
+    return {static_cast<std::uint8_t>(index % 2 == 0 ? 111 : 114), bytes, bytes};
+  }
+  void hear(const GroupOctets& group, int length) {
+    channel.observe({group, length, time += 30'000}, evidence);
+  }
+  /// Data frames from one index to another, with the index as bytes.
+  void hearData(int from, int to, int base = 72) {
+    for (int index = from; index <= to; ++index)
+      hear(groupOf(index, static_cast<std::uint8_t>(index)), base + index);
+  }
+};
+
+TEST(MulticastChannel, ForgetsARunWhoseLengthsDiffer) {
+  Channel phone;
+  phone.hear(kSync, 72);
+  phone.hearData(0, 3);
+  EXPECT_EQ(phone.evidence.knownCount(), 8);
+  phone.hear(kSync, 80);
+  EXPECT_EQ(phone.evidence.knownCount(), 0);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_TRUE(phone.channel.contested());
+    phone.hear(kSync, 80);
+  }
+  EXPECT_FALSE(phone.channel.contested());
+  phone.hearData(0, 3, 80);
+  EXPECT_EQ(phone.evidence.knownCount(), 8);
+  phone.hear(Channel::groupOf(1, 1), 82);  // An odd frame where an even one belongs.
+  EXPECT_EQ(phone.evidence.knownCount(), 0);
+  EXPECT_FALSE(phone.channel.syncLength());
+}
+
+TEST(MulticastChannel, AsksWaitingFramesWhetherTheyFitABase) {
+  for (const int base : {72, 73}) {
+    Channel phone;
+    phone.hearData(3, 5);
+    phone.channel.adoptSyncLength(base, phone.evidence);
+    EXPECT_EQ(phone.evidence.knownCount(), base == 72 ? 6 : 0);
+  }
+}
+
+TEST(MulticastChannel, FindsTheLengthOfASingleCopy) {
+  const struct {
+    const char* name;
+    int heard;  ///< Data frames of the base 72, from 0.
+    int length;
+    std::uint8_t bytes;
+    bool byTime;
+    std::optional<int> found;
+    Source source = Source::group;
+  } kCases[] = {
+      {"below the base if it were longer", 0, 73, 9, false, 73},
+      {"any of both", 4, 82, 9, false, {}},
+      {"one has other bytes", 6, 76, 2, false, 74},
+      {"both have other bytes", 6, 76, 9, false, {}},
+      {"no time before it is steady", 5, 79, 9, true, {}},
+      {"the time of the shorter", 7, 81, 9, true, 79, Source::length},
+      {"the time of neither", 7, 83, 9, true, {}},
+  };
+  for (const auto& test : kCases) {
+    SCOPED_TRACE(test.name);
+    Channel phone;
+    phone.hear(kSync, 72);
+    phone.hearData(0, test.heard - 1);
+    GroupFrame frame{Channel::groupOf(test.length % 2, test.bytes), test.length, phone.time + 30'000};
+    EXPECT_EQ(phone.channel.findLength(frame, 2, test.byTime, phone.evidence), test.found.has_value());
+    EXPECT_EQ(frame.length, test.found.value_or(test.length));
+    EXPECT_EQ(frame.source, test.source);
+  }
+  for (const auto& [first, second] : {std::pair{72, 74}, {74, 72}}) {
+    Channel phone;
+    GroupFrame one{kSync, first}, other{kSync, second};
+    EXPECT_FALSE(phone.channel.findLength(one, 2, true, phone.evidence));
+    EXPECT_TRUE(phone.channel.findLength(other, 2, true, phone.evidence));
+    EXPECT_EQ(other.length, 72);
+  }
+}
+
+}  // namespace
+}  // namespace zor::receiver
