@@ -516,6 +516,19 @@ TEST(Decoder, AppendBytesAreNewsAfterVersion3) {
   EXPECT_EQ(decode(decoder, kHome.run("3", 0, 2'000)), std::vector{kHome.credentials(Encoding::version3)});
   EXPECT_EQ(decode(decoder, kHome.run("m", 2'000, 3'000)), std::vector{kHome.credentials()});
   EXPECT_TRUE(decode(decoder, kHome.run("3", 5'000, 2'000)).empty());
+  decoder.reset();
+  EXPECT_EQ(decode(decoder, kHome.run("m", 0, 3'000)), std::vector{kHome.credentials()});
+  EXPECT_TRUE(decode(decoder, kHome.run("M", 3'000, 3'000)).empty());
+}
+
+TEST(Decoder, WaitsWhileSyncFramesDisagree) {
+  Phone phone = kHome;
+  phone.multicastBase = 172;
+  for (const int cycles : {3, 5}) {
+    Air air = phone.run("m", 100, cycles * 700);
+    air.insert(air.begin(), {0, kPhone, group(122, 111, 114), 72});
+    EXPECT_EQ(decode(air).empty(), cycles == 3);
+  }
 }
 
 TEST(Decoder, SurvivesGarbageAndFloods) {

@@ -96,9 +96,19 @@ TEST(TwoOverheads, KnowsWhetherTheCopiesAreHeld) {
   EXPECT_FALSE(air.overheads.holds());
   air.send({2, 8, 20});
   EXPECT_TRUE(air.overheads.holds());
-  EXPECT_EQ(air.sorted, "+spsssssssssssPsP");
+  // Each copy belongs to the latest frame that has none.
+  air.send({1, kNone, 0, To::sync});
+  air.send({2, 8, 20, To::sync});
+  EXPECT_EQ(air.sorted, "+spsssssssssssPsPssPsP");
   air.send({1, 8});
   EXPECT_FALSE(air.overheads.holds());
+}
+
+TEST(TwoOverheads, PairsNoBroadcastsOfABurst) {
+  Air air;
+  air.send({6, 8, 2, To::everyone});
+  for (const int length : {200, 300, 308}) air.hear(air.time += 2 * kMs, length, To::everyone);
+  EXPECT_EQ(air.sorted, "+spsss");
 }
 
 }  // namespace
