@@ -13,8 +13,10 @@ void noteFit(const CycleClock& clock, CycleClock::Fit fit, Source source, Packet
   const Moment start = momentOf(clock.cycleStart());
   switch (fit) {
     case CycleClock::Fit::started:
-      if (source==Source::group || (evidence.knownCount() > 0 && start - evidence.start() > kChannelsStartWithin))
-        evidence.noteBreak(source, start, evidence.knownCount() == 0 || start - evidence.start() <= kChannelsStartWithin);
+      if (source == Source::group ||
+          (evidence.knownCount() > 0 && start - evidence.start() > kChannelsStartWithin))
+        evidence.noteBreak(source, start,
+                           evidence.knownCount() == 0 || start - evidence.start() <= kChannelsStartWithin);
       break;
     case CycleClock::Fit::newCycle:
       evidence.noteBreak(source, start, true);

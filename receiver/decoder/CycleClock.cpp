@@ -25,10 +25,6 @@ constexpr std::int64_t kMaxBurstPace = 10'000;
 /// The step from one burst to the next is at least this many times as long as a step within a burst.
 constexpr std::int64_t kBurstContrast = 3;
 
-/// From the end of a burst to the next one, at least. An access point holds frames for a beacon interval,
-/// mostly 102 ms, or several.
-constexpr std::int64_t kShortestHold = 40'000;
-
 /// Steps of the fastest pace vary, but they are rarely as short as this.
 constexpr std::int64_t kCloseStep = 2'000;
 
@@ -77,15 +73,16 @@ void CycleClock::restart() {
 void CycleClock::noteBurst() {
   const bool wasSteady = steady();
   shortenStreak();
-  if (wasSteady) return;
-  unevenness_ = std::min(unevenness_ + unevenStep_, kUnevennessOfBursts);
+  if (!wasSteady) addUnevenness(unevenStep_);
+}
+
+void CycleClock::addUnevenness(int amount) {
+  unevenness_ = std::min(unevenness_ + amount, kUnevennessOfBursts);
   timeless_ = timeless_ || unevenness_ >= kUnevennessOfBursts;
 }
 
 void CycleClock::noteCloseFrames() {
-  if (steady()) return;
-  unevenness_ = std::min(unevenness_ + kCloseFrames, kUnevennessOfBursts);
-  timeless_ = timeless_ || unevenness_ >= kUnevennessOfBursts;
+  if (!steady()) unevenness_ = std::min(unevenness_ + kCloseFrames, kUnevennessOfBursts);
 }
 
 void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace, bool mayBeHeld) {
@@ -95,7 +92,7 @@ void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace, boo
   if (uneven && mayBeHeld) {
     noteBurst();
   } else if (pace < kCloseStep) {
-    noteCloseFrames();
+    if (!steady()) addUnevenness(kCloseFrames);
   } else if (pace >= kMinPace && unevenness_ > 0) {
     --unevenness_;
   }
@@ -252,7 +249,7 @@ bool CycleClock::measurePace(int steps, std::int64_t elapsed) {
   if (steps <= 0) return false;
   const std::int64_t measured = elapsed / steps;
   const bool repeats = isSamePace(measured, measuredPace_);
-  const bool isLongStep = elapsed >= kShortestHold;
+  const bool isLongStep = elapsed >= kMaxBurstPace;
   if (measuredPace_ > 0) judgeEvenness(measured, measuredPace_, isLongStep || wasLongStep_);
   measuredPace_ = measured;
   wasLongStep_ = isLongStep;

@@ -115,6 +115,7 @@ class CycleClock {
   void measureFromChallenger();
   Fit adoptChallenger(int index, std::int64_t time);
   Fit broken();
+  void addUnevenness(int amount);
   void lengthenStreak();
   void shortenStreak();
   bool measurePace(int steps, std::int64_t elapsed);

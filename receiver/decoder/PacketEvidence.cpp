@@ -99,18 +99,19 @@ void PacketEvidence::learn(int piece, std::uint8_t value, Source source, Moment 
   start_ = knownCount_ == 0 ? seen : std::min(start_, seen);
   if (cell(piece).votes == 0) ++knownCount_;
   ++changes_;
-  cell(piece) = Cell{seen, value, 1, flagOf(source), static_cast<std::uint8_t>(stretchAt(seen))};
+  cell(piece) = Cell{seen, value, 1, flagOf(source), static_cast<std::uint8_t>(stretchAt(seen, source))};
 }
 
-/// Frames that waited for their length base may be older than the last break.
-int PacketEvidence::stretchAt(Moment seen) const {
-  return stretch_ > 0 && seen < lastBreak_ ? stretch_ - 1 : stretch_;
+/// Group frames that waited for their length base may be older than the last break.
+int PacketEvidence::stretchAt(Moment seen, Source source) const {
+  const bool older = source == Source::group && stretch_ > 0 && seen < lastBreak_;
+  return older ? stretch_ - 1 : stretch_;
 }
 
 void PacketEvidence::confirm(int piece, Source source, Moment seen) {
   Cell& known = cell(piece);
   const int stretch = known.stretch;
-  const int present = stretchAt(seen);
+  const int present = stretchAt(seen, source);
   const bool old = stretch < present;
   const bool apart = std::abs(seen - known.lastSeen) >= kSeparateSightings;
   if (apart && known.votes < kVotesInDisorder) ++known.votes;

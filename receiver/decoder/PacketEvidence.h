@@ -123,7 +123,7 @@ class PacketEvidence {
   Cell& cell(int piece) { return cells_[static_cast<std::size_t>(piece)]; }
   const Cell& cell(int piece) const { return cells_[static_cast<std::size_t>(piece)]; }
   void clash(Moment seen);
-  int stretchAt(Moment seen) const;
+  int stretchAt(Moment seen, Source source) const;
   void learn(int piece, std::uint8_t value, Source source, Moment seen);
   void confirm(int piece, Source source, Moment seen);
   void contradict(int piece, std::uint8_t value, Source source, Moment seen);
