@@ -16,9 +16,6 @@ constexpr std::int64_t kCopyWithin = 3'000;
 /// their times mean nothing.
 constexpr std::int64_t kBurstWithin = 4'000;
 
-/// How many uneven steps show a buffer. A stray makes two.
-constexpr int kUnevenBroadcastSteps = 4;
-
 /// No new cycle starts this early: sync frames and values come between its positions and those of the last
 /// one.
 constexpr std::int64_t kNoCycleWithin = 2'000;
@@ -31,7 +28,7 @@ constexpr int kMatchVotes = 2;
 
 }  // namespace
 
-BroadcastChannel::BroadcastChannel() : clock_(wire::kVersion5BroadcastPace, kUnevenBroadcastSteps) {
+BroadcastChannel::BroadcastChannel() : clock_(wire::kVersion5BroadcastPace, true) {
   forgetCycle();
 }
 

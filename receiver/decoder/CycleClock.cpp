@@ -22,6 +22,11 @@ constexpr std::int64_t kMaxCyclesApart = 64;
 /// In a burst, indices follow each other at this pace at most, whatever the sender's pace is.
 constexpr std::int64_t kMaxBurstPace = 10'000;
 
+/// A step between bursts takes longer than those within. Where strays may have made it, it has to be longer
+/// than a step of the usual pace.
+constexpr std::int64_t kMinStepBetweenBursts = kMaxBurstPace;
+constexpr std::int64_t kMinStepAmongStrays = 40'000;
+
 /// The step from one burst to the next is at least this many times as long as a step within a burst.
 constexpr std::int64_t kBurstContrast = 3;
 
@@ -30,6 +35,8 @@ constexpr std::int64_t kCloseStep = 2'000;
 
 /// Even steps speak against bursts; two close frames outweigh some of them, an uneven step many.
 constexpr int kUnevennessOfBursts = 32;
+constexpr int kUnevenStep = 16;
+constexpr int kUnevenStepAmongStrays = 8;
 constexpr int kCloseFrames = 4;
 
 /// Paces that differ by less than this or an eighth are the same.
@@ -51,10 +58,8 @@ bool isSamePace(std::int64_t measured, std::int64_t pace) {
 
 }  // namespace
 
-CycleClock::CycleClock(std::int64_t defaultPace, int unevenStepsOfBursts)
-    : pace_(defaultPace),
-      paceSpan_(kDefaultPaceSpan),
-      unevenStep_(static_cast<std::uint8_t>(kUnevennessOfBursts / unevenStepsOfBursts)) {}
+CycleClock::CycleClock(std::int64_t defaultPace, bool mayHaveStrays)
+    : pace_(defaultPace), paceSpan_(kDefaultPaceSpan), mayHaveStrays_(mayHaveStrays) {}
 
 void CycleClock::restart() {
   started_ = false;
@@ -73,7 +78,7 @@ void CycleClock::restart() {
 void CycleClock::noteBurst() {
   const bool wasSteady = steady();
   shortenStreak();
-  if (!wasSteady) addUnevenness(unevenStep_);
+  if (!wasSteady) addUnevenness(mayHaveStrays_ ? kUnevenStepAmongStrays : kUnevenStep);
 }
 
 void CycleClock::addUnevenness(int amount) {
@@ -85,11 +90,11 @@ void CycleClock::noteCloseFrames() {
   if (!steady()) unevenness_ = std::min(unevenness_ + kCloseFrames, kUnevennessOfBursts);
 }
 
-void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace, bool mayBeHeld) {
+void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace, bool isBetweenBursts) {
   const auto [shorter, longer] = std::minmax(pace, previousPace);
   if (shorter < 0) return noteBurst();  // Time ran backwards.
   const bool uneven = shorter < kMaxBurstPace && longer > kBurstContrast * shorter;
-  if (uneven && mayBeHeld) {
+  if (uneven && isBetweenBursts) {
     noteBurst();
   } else if (pace < kCloseStep) {
     if (!steady()) addUnevenness(kCloseFrames);
@@ -249,7 +254,7 @@ bool CycleClock::measurePace(int steps, std::int64_t elapsed) {
   if (steps <= 0) return false;
   const std::int64_t measured = elapsed / steps;
   const bool repeats = isSamePace(measured, measuredPace_);
-  const bool isLongStep = elapsed >= kMaxBurstPace;
+  const bool isLongStep = elapsed >= (mayHaveStrays_ ? kMinStepAmongStrays : kMinStepBetweenBursts);
   if (measuredPace_ > 0) judgeEvenness(measured, measuredPace_, isLongStep || wasLongStep_);
   measuredPace_ = measured;
   wasLongStep_ = isLongStep;

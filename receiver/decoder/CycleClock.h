@@ -26,9 +26,9 @@ class CycleClock {
     timeless,   ///< Times have just turned out to mean nothing, including all earlier ones.
   };
 
-  /// `defaultPace` is the one that senders use unless they are configured otherwise. `unevenStepsOfBursts` is
-  /// how many uneven steps show a buffer: more where other frames may be among those of the channel.
-  CycleClock(std::int64_t defaultPace, int unevenStepsOfBursts);
+  /// `defaultPace` is the one that senders use unless they are configured otherwise. Where strays, frames of
+  /// other origin, may be among those of the channel, more has to show that a buffer releases them in bursts.
+  CycleClock(std::int64_t defaultPace, bool mayHaveStrays);
 
   /// Takes the next numbered frame.
   Fit observe(int index, std::int64_t time);
@@ -119,7 +119,7 @@ class CycleClock {
   void lengthenStreak();
   void shortenStreak();
   bool measurePace(int steps, std::int64_t elapsed);
-  void judgeEvenness(std::int64_t pace, std::int64_t previousPace, bool mayBeHeld);
+  void judgeEvenness(std::int64_t pace, std::int64_t previousPace, bool isBetweenBursts);
   bool adoptPace(int index, std::int64_t time);
 
   std::int64_t pace_;
@@ -137,8 +137,8 @@ class CycleClock {
   int cycleFirstIndex_ = 0;
   int unevenness_ = 0;
   int breaks_ = 0;
-  std::uint8_t unevenStep_;       ///< What an uneven step adds to the unevenness.
   std::int16_t periodSteps_ = 0;  ///< Indices by which the frames lay apart that have shown the period.
+  bool mayHaveStrays_ : 1;
   bool wasLongStep_ : 1 = false;
   bool started_ : 1 = false;
   bool hasTimetable_ : 1 = false;  ///< Two frames have fitted each other.

@@ -11,9 +11,6 @@ namespace {
 /// may come from an access point that holds one of them.
 constexpr std::uint8_t kSyncsToAgree = 3;
 
-/// How many uneven steps show a buffer: that from one burst to the next, and the one after it.
-constexpr int kUnevenMulticastSteps = 2;
-
 }  // namespace
 
 const MulticastFormat kVersion5Multicast{
@@ -35,7 +32,7 @@ const MulticastFormat kVersion3Multicast{
 };
 
 MulticastChannel::MulticastChannel(const MulticastFormat& format)
-    : format_(&format), clock_(format.defaultPace, kUnevenMulticastSteps) {}
+    : format_(&format), clock_(format.defaultPace, false) {}
 
 void MulticastChannel::restart() {
   clock_.restart();

@@ -10,7 +10,6 @@ namespace zor::receiver {
 namespace {
 
 constexpr std::int64_t kMs = 1000;
-constexpr int kUnevenSteps = 4;
 
 /// Frames from one index to another, the first at a time in milliseconds.
 struct Row {
@@ -79,7 +78,7 @@ TEST(CycleClock, SaysHowEachFrameFits) {
        "sooonooontgggggggggggbg timeless"},
   };
   for (const auto& test : kCases) {
-    CycleClock clock(30 * kMs, kUnevenSteps);
+    CycleClock clock(30 * kMs, true);
     std::string fits = follow(clock, test.rows);
     if (clock.steady()) fits += " steady";
     if (clock.timeless()) fits += " timeless";
@@ -88,7 +87,7 @@ TEST(CycleClock, SaysHowEachFrameFits) {
 }
 
 TEST(CycleClock, GivesUpWhereNoTimetableExplainsTheCycles) {
-  CycleClock clock(30 * kMs, kUnevenSteps);
+  CycleClock clock(30 * kMs, true);
   int cycles = 0;
   for (; !clock.timeless() && cycles < 20; ++cycles)
     follow(clock, {{0, 1, 300.0 * cycles + 17 * cycles * cycles}});
@@ -97,7 +96,7 @@ TEST(CycleClock, GivesUpWhereNoTimetableExplainsTheCycles) {
 
 TEST(CycleClock, NoticesBurstsOfOtherFrames) {
   const auto timelessAfter = [](int before, int evenSteps, int closeFrames, int bursts) {
-    CycleClock clock(30 * kMs, kUnevenSteps);
+    CycleClock clock(30 * kMs, true);
     for (int i = 0; i < before; ++i) clock.noteBurst();
     follow(clock, {{0, evenSteps, 0}});
     for (int i = 0; i < closeFrames; ++i) clock.noteCloseFrames();
@@ -116,7 +115,7 @@ TEST(CycleClock, NoticesBurstsOfOtherFrames) {
 }
 
 TEST(CycleClock, TellsIndicesAtTimes) {
-  CycleClock clock(30 * kMs, kUnevenSteps);
+  CycleClock clock(30 * kMs, true);
   follow(clock, {{0, 5, 0}, {0, 5, 300}});
   EXPECT_EQ(clock.indexAt(487 * kMs, 7 * kMs), 6);
   EXPECT_FALSE(clock.indexAt(488 * kMs, 7 * kMs));
@@ -139,7 +138,7 @@ TEST(CycleClock, KnowsWhichPeriodExplainsTheCycles) {
       {"a confirmed period of its own", {{0, 5, 0}, {0, 1, 270}, {0, 1, 540}}, true, true},
   };
   for (const auto& test : kCases) {
-    CycleClock clock(30 * kMs, kUnevenSteps);
+    CycleClock clock(30 * kMs, true);
     follow(clock, test.rows);
     EXPECT_EQ(clock.explainedBy(200 * kMs, 100 * kMs), test.by300) << test.name;
     EXPECT_EQ(clock.explainedBy(200 * kMs, 0), test.by200) << test.name;
@@ -147,7 +146,7 @@ TEST(CycleClock, KnowsWhichPeriodExplainsTheCycles) {
 }
 
 TEST(CycleClock, RemembersTheLatestSilence) {
-  CycleClock clock(30 * kMs, kUnevenSteps);
+  CycleClock clock(30 * kMs, true);
   follow(clock, {{0, 5, 0}, {0, 5, 2'149}});
   EXPECT_FALSE(clock.silenceEnd());
   follow(clock, {{0, 5, 4'300}});

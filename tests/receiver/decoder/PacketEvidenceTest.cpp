@@ -60,7 +60,7 @@ Step brk(Source source, bool provisional = false) {
 /// The first frame that a clock hears.
 Step start(Source source) {
   return {[=](PacketEvidence& evidence, Moment now) {
-    CycleClock clock(30'000, 4);
+    CycleClock clock(30'000, false);
     const auto fit = clock.observe(0, now * std::int64_t{1'000});
     noteFit(clock, fit, source, evidence);
   }};
