@@ -28,7 +28,6 @@ bool BroadcastBase::observe(int length, std::int64_t time) {
   const std::int64_t elapsed = time - previousTime_;
   shortest_ = first ? length : std::min(shortest_, length);
   longest_ = std::max(longest_, length);
-  if (!first && step == 0) return false;
   previousLength_ = length;
   previousTime_ = time;
   if (first) return false;

@@ -16,10 +16,6 @@ constexpr std::int64_t kCopyWithin = 3'000;
 /// their times mean nothing.
 constexpr std::int64_t kBurstWithin = 4'000;
 
-/// No new cycle starts this early: sync frames and values come between its positions and those of the last
-/// one.
-constexpr std::int64_t kNoCycleWithin = 2'000;
-
 /// A value is placed by time when it was heard within this part of a pace of where the grid puts it.
 constexpr std::int64_t kValueTolerance = 4;
 
@@ -43,8 +39,7 @@ void BroadcastChannel::forgetCycle() {
   clock_.restart();
   lastDecoded_ = INT64_MIN / 2;
   shortGaps_ = 0;
-  lastPosition_ = {};
-  positionLast_ = false;
+  lastPosition_ = -1;
   waitingCount_ = 0;
   row_.begin(std::nullopt, 0);
   openRows_.clear();
@@ -142,14 +137,14 @@ void BroadcastChannel::noticeBurst(std::int64_t time, PacketEvidence& evidence) 
 }
 
 void BroadcastChannel::observeSync(std::int64_t time, PacketEvidence& evidence) {
-  positionLast_ = false;
+  lastPosition_ = -1;
   const int length = evidence.packetLength();
   if (!clock_.steady() && length != 0) endRow(length - 1, time, evidence);
   row_.begin(-1, time);
 }
 
 void BroadcastChannel::observeValue(std::uint8_t value, std::int64_t time) {
-  positionLast_ = false;
+  lastPosition_ = -1;
   row_.push(value);
   if (waitingCount_ == kMaxWaiting) {
     std::move(waiting_.begin() + kMaxWaiting / 2, waiting_.end(), waiting_.begin());
@@ -159,15 +154,12 @@ void BroadcastChannel::observeValue(std::uint8_t value, std::int64_t time) {
 }
 
 void BroadcastChannel::observePosition(int index, std::int64_t time, PacketEvidence& evidence) {
-  if (index == lastPosition_.index && positionLast_) return;  // Repeated: the first one keeps the time.
-  positionLast_ = true;
-  if (index < lastPosition_.index && time - lastPosition_.time < kNoCycleWithin) evidence.noteDisorder();
-  lastPosition_ = {index, time};
+  if (index == lastPosition_) return;  // Repeated: the first one keeps the time.
+  lastPosition_ = index;
   const CycleClock before = clock_;
   const CycleClock::Fit fit = clock_.observe(index, time);
   noteFit(clock_, fit, Source::length, evidence);
   if (fit == CycleClock::Fit::timeless) evidence.dropLengthPieces();
-  if (clock_.steady() && !before.steady()) evidence.confirmOrder();
   if (!clock_.steady()) {
     endRow(index, time, evidence);
     if (row_.isFollowedBy(index)) evidence.noteLastByte(index, Source::length);

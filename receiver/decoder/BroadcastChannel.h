@@ -88,12 +88,8 @@ class BroadcastChannel {
   OpenRows openRows_;
   SingleValues singleValues_;
   std::int64_t lastDecoded_ = 0;
-  int shortGaps_ = 0;  ///< In a row.
-  struct {
-    int index = -1;
-    std::int64_t time = 0;
-  } lastPosition_;
-  bool positionLast_ = false;  ///< The last frame was a position frame.
+  int shortGaps_ = 0;      ///< In a row.
+  int lastPosition_ = -1;  ///< Index of the last frame, if it was a position frame; else -1.
 };
 
 }  // namespace zor::receiver

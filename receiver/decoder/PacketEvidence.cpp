@@ -21,8 +21,9 @@ constexpr std::uint8_t kVotesToTrust = 2;
 /// Two runs that clash again within this time are of two phones.
 constexpr Moment kClashesOfTwoPhones = 5'000;
 
-/// A repeated value frame that comes too late looks like the next byte's, and does so again and again.
-constexpr std::uint8_t kVotesInDisorder = 5;
+/// Votes of a value that only order has placed, where strays were heard: one that is often heard misleads in
+/// the same way each time.
+constexpr std::uint8_t kVotesByOrder = 5;
 
 /// Where strays were heard, this many bytes of a packet may rest on one sighting each: the CRC shows a single
 /// wrong byte among right ones.
@@ -91,10 +92,6 @@ void PacketEvidence::addByOrder(int piece, std::uint8_t value, Moment seen) {
   if (!placedByTime && cell(piece).value == value) cell(piece).flags |= kByOrder;
 }
 
-void PacketEvidence::confirmOrder() {
-  for (Cell& known : cells_) known.flags = static_cast<std::uint8_t>(known.flags & ~kByOrder);
-}
-
 void PacketEvidence::learn(int piece, std::uint8_t value, Source source, Moment seen) {
   start_ = knownCount_ == 0 ? seen : std::min(start_, seen);
   if (cell(piece).votes == 0) ++knownCount_;
@@ -114,7 +111,7 @@ void PacketEvidence::confirm(int piece, Source source, Moment seen) {
   const int present = stretchAt(seen, source);
   const bool old = stretch < present;
   const bool apart = std::abs(seen - known.lastSeen) >= kSeparateSightings;
-  if (apart && known.votes < kVotesInDisorder) ++known.votes;
+  if (apart && known.votes < kVotesByOrder) ++known.votes;
   if (apart || old || source == Source::group) known.lastSeen = seen;
   known.flags = static_cast<std::uint8_t>((known.flags | flagOf(source)) & ~kByOrder);
   known.stretch = static_cast<std::uint8_t>(std::max(stretch, present));
@@ -195,7 +192,6 @@ void PacketEvidence::dropLengthPieces() {
     ++changes_;
   }
   lastInLengths_ = -1;
-  disorder_ = 0;
   strays_ = foreign_;
 }
 
@@ -238,8 +234,8 @@ int PacketEvidence::packetLength() const {
 
 bool PacketEvidence::isCertain(const Cell& seen) const {
   if (shared_ && seen.votes < kVotesToTrust) return false;
-  const bool misleads = disorder_ == kDisorder || (strays_ && (seen.flags & kByOrder) != 0);
-  return (seen.flags & kInGroup) != 0 || seen.votes >= (misleads ? kVotesInDisorder : kVotesToTrust);
+  const bool misleads = strays_ && (seen.flags & kByOrder) != 0;
+  return (seen.flags & kInGroup) != 0 || seen.votes >= (misleads ? kVotesByOrder : kVotesToTrust);
 }
 
 /// A break of a source that is not read from only counts once its timetable is sure of it.
@@ -298,10 +294,8 @@ std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding en
     byOrder = byOrder || (seen.flags & kByOrder) != 0;
   }
   if (shared_ && doubtful + doubtfulLengths > 0) return std::nullopt;
-  const bool quiet = !strays_ && disorder_ == 0;
-  if (!quiet && doubtful + doubtfulLengths > kDoubtfulBytesAmongStrays) return std::nullopt;
-  const bool confirmed = lengthConfirmed(length) && disorder_ == 0;
-  const int maxDoubtfulLengths = !confirmed ? 0 : quiet && !byOrder ? 3 : 1;
+  if (strays_ && doubtful + doubtfulLengths > kDoubtfulBytesAmongStrays) return std::nullopt;
+  const int maxDoubtfulLengths = !lengthConfirmed(length) ? 0 : strays_ || byOrder ? 1 : 3;
   if (doubtfulLengths > maxDoubtfulLengths) return std::nullopt;
   if (byOrder && !timeless_ && doubtful + doubtfulLengths > 1) return std::nullopt;
   const std::span<const std::uint8_t> bytes(packet.data(), static_cast<std::size_t>(length));

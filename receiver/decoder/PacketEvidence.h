@@ -40,9 +40,6 @@ class PacketEvidence {
   /// Takes one piece from a length that was placed by the order of frames, not by their times.
   void addByOrder(int piece, std::uint8_t value, Moment seen);
 
-  /// The times of frames have confirmed what was placed by their order.
-  void confirmOrder();
-
   /// A frame was heard that carries this byte, of the version 5 packet: the packet is not shorter. A
   /// multicast frame carries two bytes, so its index tells the length only roughly.
   void noteLastByte(int index, Source source);
@@ -52,9 +49,6 @@ class PacketEvidence {
 
   /// The same by its time or its place, which may have other reasons.
   void noteStray() { strays_ = true; }
-
-  /// Broadcasts were heard out of order, so what follows from their order has to be seen more often.
-  void noteDisorder() { disorder_ = std::min(disorder_ + 1, kDisorder); }
 
   /// Another run may have begun at this moment, as far as the clocks of a source can say.
   void noteBreak(Source source, Moment at, bool provisional);
@@ -100,8 +94,6 @@ class PacketEvidence {
                                   std::optional<Credentials>* rejected);
 
  private:
-  static constexpr int kDisorder = 3;
-
   struct Cell {
     Moment lastSeen = 0;
     std::uint8_t value = 0;
@@ -141,7 +133,6 @@ class PacketEvidence {
   unsigned changes_ = 0;
   bool strays_ = false;
   bool foreign_ = false;
-  int disorder_ = 0;
   bool restarted_ = false;
   bool timeless_ = false;
   bool clashed_ = false;

@@ -72,10 +72,8 @@ Step padding(std::uint8_t value) {
 
 const Step kStray{[](PacketEvidence& evidence, Moment) { evidence.noteStray(); }};
 const Step kForeign{[](PacketEvidence& evidence, Moment) { evidence.noteForeign(); }};
-const Step kDisorder{[](PacketEvidence& evidence, Moment) { evidence.noteDisorder(); }};
 const Step kDrop{[](PacketEvidence& evidence, Moment) { evidence.dropLengthPieces(); }};
 const Step kTimeless{[](PacketEvidence& evidence, Moment) { evidence.excuseBreaks(); }};
-const Step kConfirmed{[](PacketEvidence& evidence, Moment) { evidence.confirmOrder(); }};
 
 /// Follows the steps and returns whether the packet can be read.
 bool reads(const std::vector<Step>& steps, const Timetables& timetables) {
@@ -110,11 +108,6 @@ TEST(PacketEvidence, ReadsWhatIsCertain) {
       {"lengths seen twice", {lengths, one(0, kLength), one(2, kLength), one(3, kLength)}, true},
       {"among strays, single sightings", {kAtEnd, kStray, lengths}, false},
       {"among strays, one single sighting", {kAtEnd, kStray, all(kLength, 9), lengths}, true},
-      {"after disorder, two sightings", {kDisorder, kDisorder, kDisorder, lengths, lengths}, false},
-      {"after disorder, single sightings",
-       {kDisorder, lengths, one(0, kLength), one(2, kLength), one(3, kLength)},
-       false},
-      {"after disorder, a length seen once", {kDisorder, kAtEnd, all(kLength, 0), lengths}, false},
       {"a position beyond the end", {end(13, kLength), groups}, false},
       {"a group beyond the end", {end(14, kGroup), groups}, false},
       {"the last group's second byte", {end(13, kGroup), groups}, true},
@@ -127,11 +120,10 @@ TEST(PacketEvidence, ReadsWhatIsCertain) {
       {"there is only the order", {kTimeless, kAtEnd, ordered, one(2, kLength), one(3, kLength)}, true},
       {"the lengths are by order too", {kTimeless, kAtEnd, ordered}, false},
       {"among strays, the order twice", {kStray, ordered, ordered}, false},
-      {"the order, which times confirm", {kAtEnd, ordered, kConfirmed}, true},
       {"the order, which a time confirms", {kAtEnd, ordered, after(100, lengths)}, true},
       {"a time, then the order", {kAtEnd, lengths, after(100, byOrder(9, 10))}, true},
       {"the last byte is dropped", {kAtEnd, kDrop, lengths}, false},
-      {"strays are dropped", {kStray, kDisorder, kDrop, kAtEnd, lengths}, true},
+      {"strays are dropped", {kStray, kDrop, kAtEnd, lengths}, true},
       {"foreign frames stay", {kForeign, kDrop, kAtEnd, lengths}, false},
       {"padding differs", {groups, padding(1), padding(2)}, true},
       {"one vote against one", {otherLength, all(kLength, 8), lengths}, true},
