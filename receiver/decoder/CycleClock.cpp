@@ -39,7 +39,7 @@ constexpr int kUnevenStep = 16;
 constexpr int kUnevenStepAmongStrays = 8;
 constexpr int kCloseFrames = 4;
 
-/// Paces that differ by less than this or an eighth are the same.
+/// Paces that differ by no more than this and an eighth are the same.
 constexpr std::int64_t kPaceJitter = 1'000;
 
 /// A frame that does not fit outweighs this many that fit.
@@ -182,7 +182,8 @@ bool CycleClock::isMultiple(std::int64_t shift, std::int64_t period) const {
 }
 
 /// Takes a pace that was measured over `span` indices.
-void CycleClock::setPace(std::int64_t pace, int span) {
+void CycleClock::setPace(std::int64_t measured, int span) {
+  const std::int64_t pace = std::clamp(measured, kMinPace, kMaxPace);
   if (period_ != 0 && !periodConfirmed_) period_ -= periodSteps_ * (pace - pace_);
   pace_ = pace;
   paceSpan_ = span;
@@ -201,9 +202,7 @@ void CycleClock::follow(int index, std::int64_t time, std::int64_t residual) {
   lengthenStreak();
   challenger_.reset();
   const int span = index - cycleFirstIndex_;
-  if (span > paceSpan_) {
-    setPace(std::clamp((time - cycleFirstTime_) / span, kMinPace, kMaxPace), span);
-  }
+  if (span > paceSpan_) setPace((time - cycleFirstTime_) / span, span);
   referenceIndex_ = index;
   referenceTime_ = time - residual * 3 / 4;  // A late frame moves the grid only a little.
 }
@@ -217,12 +216,15 @@ void CycleClock::measureFromChallenger() {
 
 CycleClock::Fit CycleClock::adoptChallenger(int index, std::int64_t time) {
   const Challenger first = *challenger_;
-  periodSteps_ = static_cast<std::int16_t>(first.index - referenceIndex_);
+  const int steps = first.index - referenceIndex_;
+  const std::int64_t paceBefore = pace_;
   beginCycle(first.index, first.time);
   follow(index, time, 0);
+  const std::int64_t shift = first.shift - steps * (pace_ - paceBefore);
+  periodSteps_ = static_cast<std::int16_t>(steps);
   const std::int64_t previousPeriod = period_;
-  periodConfirmed_ = previousPeriod != 0 && isMultiple(previousPeriod, first.shift);
-  period_ = first.shift > 0 ? first.shift : 0;
+  periodConfirmed_ = previousPeriod != 0 && isMultiple(previousPeriod, shift);
+  period_ = std::max<std::int64_t>(shift, 0);
   if (periodConfirmed_) return Fit::nextCycle;
   if (previousPeriod == 0 && period_ != 0) return Fit::newCycle;
   streak_ = 2;

@@ -20,14 +20,16 @@ class CycleClock {
     started,    ///< First frame: nothing to compare with.
     onGrid,     ///< Where the current cycle puts it; any place when timeless().
     nextCycle,  ///< In a later cycle, where the known period puts it.
-    newCycle,   ///< Second frame of a cycle whose distance from the last one cannot be judged yet.
-    broken,     ///< Second frame of a cycle that the timetable does not explain.
+    newCycle,   ///< Second frame of a cycle whose distance from the last one cannot be judged yet; or the
+                ///< fourth off the grid in a row, before two frames have fitted each other.
+    broken,     ///< Second frame of a cycle that the timetable does not explain; or the fourth off the grid.
     outlier,    ///< Off the grid; the next frames will show what it means.
     timeless,   ///< Times have just turned out to mean nothing, including all earlier ones.
   };
 
-  /// `defaultPace` is the one that senders use unless they are configured otherwise. Where strays, frames of
-  /// other origin, may be among those of the channel, more has to show that a buffer releases them in bursts.
+  /// `defaultPace` is the one that senders use unless they are configured otherwise. Where strays, frames
+  /// that are not of the run, may be among those of the channel, more has to show that a buffer releases them
+  /// in bursts.
   CycleClock(std::int64_t defaultPace, bool mayHaveStrays);
 
   /// Takes the next numbered frame.
@@ -63,8 +65,8 @@ class CycleClock {
   /// Another channel has shown that times mean nothing.
   void noteTimeless() { timeless_ = true; }
 
-  /// Frames without an index were heard closer together than they are sent, which is a sign of a buffer. The
-  /// clock is steady() again only after another row of fitting frames.
+  /// Frames without an index were heard closer together than they are sent, which is a sign of a buffer. That
+  /// outweighs four fitting frames.
   void noteBurst();
 
   /// The same of two frames only, of which one may be a stray.
@@ -108,7 +110,7 @@ class CycleClock {
   static constexpr int kLongestStreak = 12;
 
   bool isMultiple(std::int64_t shift, std::int64_t period) const;
-  void setPace(std::int64_t pace, int span);
+  void setPace(std::int64_t measured, int span);
   void beginCycle(int index, std::int64_t time);
   void follow(int index, std::int64_t time, std::int64_t residual);
   Fit observeTimeless(std::int64_t elapsed, std::int64_t time);
@@ -137,7 +139,7 @@ class CycleClock {
   int cycleFirstIndex_ = 0;
   int unevenness_ = 0;
   int breaks_ = 0;
-  std::int16_t periodSteps_ = 0;  ///< Indices by which the frames lay apart that have shown the period.
+  std::int16_t periodSteps_ = 0;  ///< From the frame before to the one that showed the period.
   bool mayHaveStrays_ : 1;
   bool wasLongStep_ : 1 = false;
   bool started_ : 1 = false;
