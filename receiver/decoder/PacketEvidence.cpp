@@ -99,10 +99,12 @@ void PacketEvidence::learn(int piece, std::uint8_t value, Source source, Moment 
   cell(piece) = Cell{seen, value, 1, flagOf(source), static_cast<std::uint8_t>(stretchAt(seen, source))};
 }
 
-/// Group frames that waited for their length base may be older than the last break.
+/// Group frames that waited for their length base may be older than breaks.
 int PacketEvidence::stretchAt(Moment seen, Source source) const {
-  const bool older = source == Source::group && stretch_ > 0 && seen < lastBreak_;
-  return older ? stretch_ - 1 : stretch_;
+  int stretch = stretch_;
+  if (source == Source::length) return stretch;
+  while (stretch > 0 && seen < breaks_[static_cast<std::size_t>(stretch)].at) --stretch;
+  return stretch;
 }
 
 void PacketEvidence::confirm(int piece, Source source, Moment seen) {
@@ -170,8 +172,7 @@ void PacketEvidence::noteBreak(Source source, Moment at, bool provisional) {
     for (Cell& known : cells_) known.stretch = static_cast<std::uint8_t>(std::max(known.stretch - 1, 0));
     --stretch_;
   }
-  breaks_[static_cast<std::size_t>(++stretch_)] = {source, provisional};
-  lastBreak_ = at;
+  breaks_[static_cast<std::size_t>(++stretch_)] = {at, source, provisional};
   for (Cell& known : cells_) {
     if (known.votes > 0 && known.lastSeen >= at) known.stretch = static_cast<std::uint8_t>(stretch_);
   }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -103,11 +102,12 @@ class PacketEvidence {
   };
 
   struct Break {
+    Moment at = 0;
     Source source = Source::group;
     bool provisional = false;
   };
 
-  static constexpr int kMaxBreaks = 15;
+  static constexpr int kMaxBreaks = 9;
 
   /// Which sources a packet may be read from, and by whose timetables it is judged.
   using Sources = std::uint8_t;
@@ -139,8 +139,7 @@ class PacketEvidence {
   bool shared_ = false;  ///< Two phones may send under this address.
   Moment lastClash_ = 0;
   std::array<Break, kMaxBreaks + 1> breaks_{};  ///< At the beginning of each stretch but the first.
-  Moment lastBreak_ = 0;
-  int stretch_ = 0;         ///< Number of breaks so far.
+  int stretch_ = 0;                             ///< Number of breaks so far.
   int crcAgrees_ = -1;      ///< Stretch in which the CRC had the value that it has in the present one, or -1.
   int textAgrees_ = -1;     ///< The same for a byte of the texts.
   int contradictions_ = 0;  ///< In a row.
