@@ -38,6 +38,7 @@ void MulticastChannel::restart() {
   clock_.restart();
   pending_.clear();
   lastByte_ = LastByte();
+  heard_ = false;
 }
 
 bool MulticastChannel::carries(const MulticastFormat& format, const GroupOctets& group) {

@@ -76,7 +76,7 @@ class MulticastChannel {
   /// True while sync frames disagree about the base: what was read with it may be wrong.
   bool contested() const { return syncsToAgree_ > 0; }
 
-  /// True once any frame of this encoding was heard.
+  /// True once any frame of this encoding was heard, since restart() if that was called.
   bool heard() const { return heard_; }
 
   const CycleClock& clock() const { return clock_; }

@@ -192,8 +192,8 @@ Timetable SenderRecord::judgeVersion3(const PacketFields& fields) const {
 /// another run.
 Timetable SenderRecord::judgeMix(const PacketFields& fields) const {
   const CycleClock& clock = version5_.clock();
-  const bool areBothKnown =
-      version5_.syncLength() && version3_.syncLength() && clock.started() && version3_.clock().started();
+  const bool areBothKnown = evidence_.fields(Encoding::version5) && version5_.syncLength() &&
+                            version3_.syncLength() && clock.started() && version3_.clock().started();
   if (!areBothKnown || timeless_) return Timetable::explained;
   const std::int64_t end = version5_.timeOf(framesOf(fields.packetLength(Encoding::version5)));
   const std::int64_t between = version3_.timeOf(0) - wire::kVersion3Markers - end;
