@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <utility>
 
 #include "receiver/decoder/MacAddress.h"
 
@@ -69,7 +68,7 @@ class SenderTable {
   void findCheapest();
   void giveRecord(std::size_t place, std::size_t record);
 
-  /// What a sender without a record must have more points than, to get this one's.
+  /// How many points a sender without a record needs to get this one's.
   static double price(const Sender& sender);
 
   /// The record with the lowest price. It is sought only after a record was heard.
