@@ -222,11 +222,11 @@ CycleClock::Fit CycleClock::adoptChallenger(int index, std::int64_t time) {
   follow(index, time, 0);
   const std::int64_t sinceLastCycle = first.shift - steps * (pace_ - paceBefore);
   periodSteps_ = static_cast<std::int16_t>(steps);
-  const std::int64_t previousPeriod = period_;
-  periodConfirmed_ = previousPeriod != 0 && isMultiple(previousPeriod, sinceLastCycle);
+  const std::int64_t previous = period_;
+  periodConfirmed_ = previous != 0 && isMultiple(previous, sinceLastCycle);
   period_ = std::max<std::int64_t>(sinceLastCycle, 0);
   if (periodConfirmed_) return Fit::nextCycle;
-  if (previousPeriod == 0 && period_ != 0) return Fit::newCycle;
+  if (previous == 0 && period_ != 0) return Fit::newCycle;
   streak_ = 2;
   return broken();
 }
