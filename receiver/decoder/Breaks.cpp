@@ -12,12 +12,11 @@ constexpr Moment kChannelsStartWithin = 1'000;
 void noteFit(const CycleClock& clock, CycleClock::Fit fit, Source source, PacketEvidence& evidence) {
   const Moment start = momentOf(clock.cycleStart());
   switch (fit) {
-    case CycleClock::Fit::started:
-      if (source == Source::group ||
-          (evidence.knownCount() > 0 && start - evidence.start() > kChannelsStartWithin))
-        evidence.noteBreak(source, start,
-                           evidence.knownCount() == 0 || start - evidence.start() <= kChannelsStartWithin);
+    case CycleClock::Fit::started: {
+      const bool isLate = evidence.knownCount() > 0 && start - evidence.start() > kChannelsStartWithin;
+      if (isLate || source == Source::group) evidence.noteBreak(source, start, !isLate);
       break;
+    }
     case CycleClock::Fit::newCycle:
       evidence.noteBreak(source, start, true);
       break;

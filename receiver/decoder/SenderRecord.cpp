@@ -28,7 +28,7 @@ std::int64_t broadcastCycle(const PacketFields& fields, std::int64_t pace) {
 /// What a sender pauses after multicast cycles of this pace, unless it is configured otherwise.
 std::span<const std::int64_t> pausesAt(std::int64_t pace) {
   if (pace > wire::kSlowestEvenPace) return wire::kPauses;
-  if (pace > wire::kSlowestBurstPace) return wire::kEvenPauses;
+  if (pace > wire::kSlowestBurstPace) return wire::kNoPauses;
   return wire::kBurstPauses;
 }
 
@@ -183,7 +183,7 @@ Timetable SenderRecord::judgeVersion5(const PacketFields& fields) const {
 
 Timetable SenderRecord::judgeVersion3(const PacketFields& fields) const {
   const std::int64_t period = version3Period(fields);
-  if (!version5_.heard()) return judge(version3_.clock(), period, wire::kEvenPauses);
+  if (!version5_.heard()) return judge(version3_.clock(), period, wire::kNoPauses);
   const std::int64_t pace = version5_.clock().pace();
   return judge(version3_.clock(), multicastCycle(fields, pace) + period, pausesAt(pace));
 }

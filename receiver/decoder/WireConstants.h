@@ -64,7 +64,7 @@ inline constexpr std::array<std::int64_t, 1> kPauses = {100'000};
 /// Named paces send multicasts faster: evenly without a pause, up to this many microseconds apart, or as
 /// bursts with one of two pauses.
 inline constexpr std::int64_t kSlowestEvenPace = 20'000;
-inline constexpr std::array<std::int64_t, 1> kEvenPauses = {0};
+inline constexpr std::array<std::int64_t, 1> kNoPauses = {0};
 inline constexpr std::int64_t kSlowestBurstPace = 6'000;
 inline constexpr std::array<std::int64_t, 2> kBurstPauses = {60'000, 100'000};
 
