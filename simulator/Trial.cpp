@@ -48,7 +48,9 @@ class Run {
   }
 
   Outcome outcome() {
-    decoder_.setRejectionListener([this](const receiver::Credentials&) { outcome_.stoppedByCrc = true; });
+    decoder_.setRejectionListener([this](const receiver::Credentials& rejected) {
+      if (!isSent(rejected)) outcome_.stoppedByCrc = true;
+    });
     const double giveUpSeconds = secondsOf(startUs_) + kGiveUpSeconds;
     while (secondsOf(nowUs_) < std::min(endSeconds_, giveUpSeconds)) {
       FrameSource& source = earliest();
@@ -90,16 +92,25 @@ class Run {
 
   void judge(const receiver::Credentials& credentials, const receiver::MacAddress& address) {
     for (std::size_t i = 0; i < runs_.size(); ++i) {
-      const Secret& secret = runs_[i].plan->secret;
-      const bool sameTexts = credentials.ssid == secret.ssid && credentials.passPhrase == secret.passPhrase;
-      const bool sameAppend =
-          credentials.encoding == receiver::Encoding::version3 || credentials.append == secret.append;
-      const bool sameSender = credentials.sender == address && runs_[i].from.address == address;
-      if (!sameTexts || !sameAppend || !sameSender) continue;
+      if (credentials.sender != address || !isOf(runs_[i], credentials)) continue;
       heard_[i].provisioned = true;
       return;
     }
     outcome_.wrong.push_back(credentials);
+  }
+
+  /// True when the sender of this run sends these credentials in it.
+  static bool isOf(const PhoneRun& run, const receiver::Credentials& credentials) {
+    const Secret& secret = run.plan->secret;
+    const bool sameAppend =
+        credentials.encoding == receiver::Encoding::version3 || credentials.append == secret.append;
+    return credentials.sender == run.from.address && credentials.ssid == secret.ssid &&
+           credentials.passPhrase == secret.passPhrase && sameAppend;
+  }
+
+  bool isSent(const receiver::Credentials& credentials) const {
+    return std::any_of(runs_.begin(), runs_.end(),
+                       [&](const PhoneRun& run) { return isOf(run, credentials); });
   }
 
   void note(std::int64_t timeUs) {
