@@ -39,6 +39,10 @@ constexpr int kUnevenStep = 16;
 constexpr int kUnevenStepAmongStrays = 8;
 constexpr int kCloseFrames = 4;
 
+/// Buffers keep the order. An index below the one before it speaks against one, unless it came after the
+/// pause between two cycles.
+constexpr std::int64_t kDisorderWithin = 40'000;
+
 /// Paces that differ by no more than this and an eighth are the same.
 constexpr std::int64_t kPaceJitter = 1'000;
 
@@ -253,6 +257,7 @@ CycleClock::Fit CycleClock::broken() {
 }
 
 bool CycleClock::measurePace(int steps, std::int64_t elapsed) {
+  if (steps < 0 && elapsed < kDisorderWithin) unevenness_ = std::max(unevenness_ - kUnevenStep, 0);
   if (steps <= 0) return false;
   const std::int64_t measured = elapsed / steps;
   const bool repeats = isSamePace(measured, measuredPace_);

@@ -97,6 +97,12 @@ TEST(CycleClock, GivesUpWhereNoTimetableExplainsTheCycles) {
   EXPECT_EQ(cycles, 10);
 }
 
+TEST(CycleClock, DoesNotTakeTwoSendersForBursts) {
+  CycleClock clock(30 * kMs, true);
+  for (int i = 0; i < 20; ++i) follow(clock, {{i, i, 30.0 * i}, {i + 10, i + 10, 30.0 * i + 5}});
+  EXPECT_FALSE(clock.timeless());
+}
+
 TEST(CycleClock, NoticesBurstsOfOtherFrames) {
   const auto timelessAfter = [](int before, int evenSteps, int closeFrames, int bursts) {
     CycleClock clock(30 * kMs, true);

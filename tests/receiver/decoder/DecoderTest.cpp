@@ -380,6 +380,11 @@ TEST(Decoder, DoesNotExchangeTheLengths) {
   while (frames >> std::dec >> time >> std::hex >> to >> std::dec >> length)
     air.push_back(
         {time, kPhone, to == 0xffffff ? kBroadcast : group(static_cast<int>(to >> 16), to >> 8, to), length});
+  const Air once = air;
+  for (Observation frame : once) {  // The run goes on.
+    frame.timeMicroseconds += 420'000;
+    air.push_back(frame);
+  }
   const auto reports = decode(air);
   EXPECT_FALSE(reports.empty());
   for (const Credentials& report : reports) {
