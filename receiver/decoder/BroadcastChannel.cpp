@@ -184,7 +184,7 @@ void BroadcastChannel::placeByTime(const CycleClock& before, CycleClock::Fit fit
       place.reset();
     }
     if (place) {
-      evidence.add(*place, value.value, Source::length, momentOf(value.time));
+      evidence.add(*place, value.value, {momentOf(value.time), Source::length});
     } else if (before.steady()) {
       evidence.noteStray();
     }

@@ -39,8 +39,9 @@ constexpr int kUnevenStep = 16;
 constexpr int kUnevenStepAmongStrays = 8;
 constexpr int kCloseFrames = 4;
 
-/// Buffers keep the order. An index below the one before it speaks against one, unless it came after the
-/// pause between two cycles.
+/// Buffers keep the order. An index below the one before it speaks against one, unless so much time lies
+/// between them that another cycle may have begun. A cycle that begins within a burst counts too; then it
+/// takes more bursts to show the buffer.
 constexpr std::int64_t kDisorderWithin = 40'000;
 
 /// Paces that differ by no more than this and an eighth are the same.
@@ -55,6 +56,13 @@ constexpr int kBreaksOfNoTimetable = 8;
 /// A channel pauses longest while the other encoding is mixed in: 1.63 s for the longest packet. A buffer may
 /// add 300 ms.
 constexpr std::int64_t kLongestPause = 2'000'000;
+
+/// True when frames of these indices lie within the length of one cycle, in this order: going round from the
+/// first, the second comes before the third.
+bool areInOrder(int first, int second, int third) {
+  const int rises = (first < second ? 1 : 0) + (second < third ? 1 : 0) + (third <= first ? 1 : 0);
+  return rises == 2;
+}
 
 bool isSamePace(std::int64_t measured, std::int64_t pace) {
   return std::abs(measured - pace) <= measured / 8 + kPaceJitter;
@@ -77,6 +85,7 @@ void CycleClock::restart() {
   breaks_ = 0;
   silenceEnd_.reset();
   timeless_ = false;
+  hasSettledOutlier_ = false;
 }
 
 void CycleClock::noteBurst() {
@@ -108,6 +117,15 @@ void CycleClock::judgeEvenness(std::int64_t pace, std::int64_t previousPace, boo
 }
 
 CycleClock::Fit CycleClock::observe(int index, std::int64_t time) {
+  const std::optional<Challenger> outlier = challenger_;
+  const int lastOnGrid = referenceIndex_;
+  const Fit fit = judge(index, time);
+  const bool beganCycle = outlier && cycleFirstTime_ == outlier->time && cycleFirstIndex_ == outlier->index;
+  hasSettledOutlier_ = beganCycle || (outlier && areInOrder(lastOnGrid, outlier->index, index));
+  return fit;
+}
+
+CycleClock::Fit CycleClock::judge(int index, std::int64_t time) {
   const int steps = index - previousIndex_;
   const std::int64_t elapsed = time - previousTime_;
   previousIndex_ = index;

@@ -75,6 +75,13 @@ class CycleClock {
   /// True when the last frame was an outlier.
   bool hasOutlier() const { return challenger_.has_value(); }
 
+  /// True when the frame before the last one was an outlier and is of the run after all: it began a cycle, or
+  /// it was late and is in its place by its index.
+  bool hasSettledOutlier() const { return hasSettledOutlier_; }
+
+  /// Index of the last frame.
+  int lastIndex() const { return previousIndex_; }
+
   /// True when the cycles that could not be judged when they came (Fit::newCycle, Fit::outlier) lie a whole
   /// number of periods apart, where a period is `cycle`, the time that the frames of a cycle take, and
   /// `pause`.
@@ -109,6 +116,7 @@ class CycleClock {
   static constexpr int kSteadyStreak = 6;
   static constexpr int kLongestStreak = 12;
 
+  Fit judge(int index, std::int64_t time);
   bool isMultiple(std::int64_t shift, std::int64_t period) const;
   void setPace(std::int64_t measured, int span);
   void beginCycle(int index, std::int64_t time);
@@ -146,6 +154,7 @@ class CycleClock {
   bool hasTimetable_ : 1 = false;  ///< Two frames have fitted each other.
   bool periodConfirmed_ : 1 = false;
   bool timeless_ : 1 = false;
+  bool hasSettledOutlier_ : 1 = false;
 };
 
 }  // namespace zor::receiver

@@ -112,9 +112,7 @@ void MulticastChannel::observeSync(int length, PacketEvidence& evidence) {
 void MulticastChannel::observeData(const GroupFrame& frame, PacketEvidence& evidence) {
   const GroupPair pair{frame.length, frame.group.mark == format_->oddMark, frame.group.first,
                        frame.group.second};
-  // Without a base the lengths serve as indices, as the clock looks at differences only.
-  if (!frame.isLate || frame.time > clock_.lastTime())
-    noteFit(clock_, clock_.observe(pair.length, frame.time), Source::group, evidence);
+  const bool isOutlier = showToClock(frame, evidence);
   if (!base_) {
     pending_.keep(pair, momentOf(frame.time));
     if (const auto base = pending_.baseOfWholePacket(format_->encoding)) beginWithBase(*base, evidence);
@@ -126,7 +124,27 @@ void MulticastChannel::observeData(const GroupFrame& frame, PacketEvidence& evid
     base_.reset();
     return;
   }
-  addPair(pair, frame.source, momentOf(frame.time), evidence);
+  addPair(pair, {momentOf(frame.time), frame.source, isOutlier}, evidence);
+}
+
+/// Returns whether the frame is an outlier.
+bool MulticastChannel::showToClock(const GroupFrame& frame, PacketEvidence& evidence) {
+  if (frame.isLate && frame.time <= clock_.lastTime()) return false;
+  const int previous = clock_.lastIndex();
+  // Without a base the lengths serve as indices, as the clock looks at differences only.
+  const CycleClock::Fit fit = clock_.observe(frame.length, frame.time);
+  noteFit(clock_, fit, Source::group, evidence);
+  if (clock_.hasSettledOutlier()) settle(previous, evidence);
+  return fit == CycleClock::Fit::outlier;
+}
+
+/// The outlier of this length is of the run.
+void MulticastChannel::settle(int length, PacketEvidence& evidence) {
+  if (!base_ || length < *base_) return;
+  const int index = 2 * (length - *base_);
+  evidence.settle(pieceOf(format_->encoding, index));
+  evidence.settle(pieceOf(format_->encoding, index + 1));
+  if (lastByte_.index == index + 1) lastByte_.sighting.isOutlier = false;
 }
 
 void MulticastChannel::findBase(PacketEvidence& evidence, std::optional<int> likelySyncLength) {
@@ -143,33 +161,33 @@ void MulticastChannel::adoptSyncLength(int syncLength, PacketEvidence& evidence)
   if (!base_) beginWithBase(syncLength + format_->firstFrameOffset, evidence);
 }
 
-void MulticastChannel::addByte(int index, std::uint8_t value, Source source, Moment seen,
+void MulticastChannel::addByte(int index, std::uint8_t value, const Sighting& sighting,
                                PacketEvidence& evidence) const {
-  evidence.add(pieceOf(format_->encoding, index), value, source, seen);
+  evidence.add(pieceOf(format_->encoding, index), value, sighting);
 }
 
-void MulticastChannel::addPair(const GroupPair& pair, Source source, Moment seen, PacketEvidence& evidence) {
+void MulticastChannel::addPair(const GroupPair& pair, const Sighting& sighting, PacketEvidence& evidence) {
   const int index = 2 * (pair.length - *base_);
-  addByte(index, pair.first, source, seen, evidence);
+  addByte(index, pair.first, sighting, evidence);
   if (format_->encoding == Encoding::version5) {
-    addByte(index + 1, pair.second, source, seen, evidence);
-    if (source == Source::group) evidence.noteLastByte(index + 1, source);
+    addByte(index + 1, pair.second, sighting, evidence);
+    if (sighting.source == Source::group) evidence.noteLastByte(index + 1, Source::group);
   } else {
-    addSecondByte(LastByte{index + 1, pair.second, true, source, seen}, evidence);
+    addSecondByte(LastByte{static_cast<std::int16_t>(index + 1), pair.second, true, sighting}, evidence);
   }
 }
 
 void MulticastChannel::addSecondByte(const LastByte& byte, PacketEvidence& evidence) {
   if (byte.index < lastByte_.index) {
-    addByte(byte.index, byte.value, byte.source, byte.seen, evidence);
+    addByte(byte.index, byte.value, byte.sighting, evidence);
   } else {
     if (byte.index > lastByte_.index && lastByte_.waits)
-      addByte(lastByte_.index, lastByte_.value, lastByte_.source, lastByte_.seen, evidence);
+      addByte(lastByte_.index, lastByte_.value, lastByte_.sighting, evidence);
     lastByte_ = byte;
   }
   const auto fields = evidence.fields(format_->encoding);
   if (!lastByte_.waits || !fields || lastByte_.index >= fields->packetLength(format_->encoding)) return;
-  addByte(lastByte_.index, lastByte_.value, lastByte_.source, lastByte_.seen, evidence);
+  addByte(lastByte_.index, lastByte_.value, lastByte_.sighting, evidence);
   lastByte_.waits = false;
 }
 
@@ -177,8 +195,7 @@ void MulticastChannel::beginWithBase(int base, PacketEvidence& evidence) {
   base_ = base;
   lastByte_ = LastByte();
   if (pending_.mayBe(base)) {
-    pending_.forEach(
-        [&](const GroupPair& pair, Moment seen) { addPair(pair, Source::group, seen, evidence); });
+    pending_.forEach([&](const GroupPair& pair, Moment seen) { addPair(pair, Sighting{seen}, evidence); });
   }
   pending_.clear();
 }

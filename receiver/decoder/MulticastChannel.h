@@ -87,17 +87,18 @@ class MulticastChannel {
  private:
   /// The second byte of the last data frame of version 3, which may be padding of any value.
   struct LastByte {
-    int index = -1;
+    std::int16_t index = -1;
     std::uint8_t value = 0;
     bool waits = false;  ///< Until the lengths or a later frame show that it is not padding.
-    Source source = Source::group;
-    Moment seen = 0;
+    Sighting sighting;
   };
 
   void observeSync(int length, PacketEvidence& evidence);
   void observeData(const GroupFrame& frame, PacketEvidence& evidence);
-  void addPair(const GroupPair& pair, Source source, Moment seen, PacketEvidence& evidence);
-  void addByte(int index, std::uint8_t value, Source source, Moment seen, PacketEvidence& evidence) const;
+  bool showToClock(const GroupFrame& frame, PacketEvidence& evidence);
+  void settle(int length, PacketEvidence& evidence);
+  void addPair(const GroupPair& pair, const Sighting& sighting, PacketEvidence& evidence);
+  void addByte(int index, std::uint8_t value, const Sighting& sighting, PacketEvidence& evidence) const;
   bool findSyncLength(GroupFrame& frame, int step);
   bool isPossible(const GroupOctets& group, int length, const PacketEvidence& evidence) const;
   void addSecondByte(const LastByte& byte, PacketEvidence& evidence);

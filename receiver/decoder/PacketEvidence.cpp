@@ -32,10 +32,15 @@ constexpr int kDoubtfulBytesAmongStrays = 1;
 // Flags of a cell: where it was seen.
 constexpr std::uint8_t kInGroup = 1;
 constexpr std::uint8_t kInLength = 2;
-constexpr std::uint8_t kByOrder = 4;  // Placed by the order of frames only.
+constexpr std::uint8_t kByOrder = 4;      // Placed by the order of frames only.
+constexpr std::uint8_t kFromOutlier = 8;  // Only in frames that may be of another run.
 
 constexpr std::uint8_t flagOf(Source source) {
   return source == Source::group ? kInGroup : kInLength;
+}
+
+constexpr std::uint8_t flagsOf(const Sighting& sighting) {
+  return flagOf(sighting.source) | (sighting.isOutlier ? kFromOutlier : 0);
 }
 
 bool isCrc(int piece) {
@@ -72,50 +77,56 @@ void PacketEvidence::restart() {
   *this = fresh;
 }
 
-void PacketEvidence::add(int piece, std::uint8_t value, Source source, Moment seen) {
+void PacketEvidence::add(int piece, std::uint8_t value, const Sighting& sighting) {
   if (piece < 0 || piece >= kPieces) return;
-  shared_ = shared_ && seen - lastClash_ < kClashesOfTwoPhones;
-  if (restarted_ && source == Source::length) return;  // Placed by what was known of the last run.
+  shared_ = shared_ && sighting.seen - lastClash_ < kClashesOfTwoPhones;
+  if (restarted_ && sighting.source == Source::length) return;  // Placed by what was known of the last run.
   if (cell(piece).votes == 0) {
-    learn(piece, value, source, seen);
+    learn(piece, value, sighting);
   } else if (cell(piece).value == value) {
-    confirm(piece, source, seen);
+    confirm(piece, sighting);
   } else {
-    contradict(piece, value, source, seen);
+    contradict(piece, value, sighting);
   }
+}
+
+void PacketEvidence::settle(int piece) {
+  if (piece >= 0 && piece < kPieces) cell(piece).clear(kFromOutlier);
 }
 
 void PacketEvidence::addByOrder(int piece, std::uint8_t value, Moment seen) {
   const Cell before = cell(piece);
   const bool placedByTime = before.votes > 0 && before.value == value && (before.flags & kByOrder) == 0;
-  add(piece, value, Source::length, seen);
+  add(piece, value, {seen, Source::length});
   if (!placedByTime && cell(piece).value == value) cell(piece).flags |= kByOrder;
 }
 
-void PacketEvidence::learn(int piece, std::uint8_t value, Source source, Moment seen) {
-  start_ = knownCount_ == 0 ? seen : std::min(start_, seen);
+void PacketEvidence::learn(int piece, std::uint8_t value, const Sighting& sighting) {
+  start_ = knownCount_ == 0 ? sighting.seen : std::min(start_, sighting.seen);
   if (cell(piece).votes == 0) ++knownCount_;
   ++changes_;
-  cell(piece) = Cell{seen, value, 1, flagOf(source), static_cast<std::uint8_t>(stretchAt(seen, source))};
+  cell(piece) =
+      Cell{sighting.seen, value, 1, flagsOf(sighting), static_cast<std::uint8_t>(stretchAt(sighting))};
 }
 
 /// Group frames that waited for their length base may be older than breaks.
-int PacketEvidence::stretchAt(Moment seen, Source source) const {
+int PacketEvidence::stretchAt(const Sighting& sighting) const {
   int stretch = stretch_;
-  if (source == Source::length) return stretch;
-  while (stretch > 0 && seen < breaks_[static_cast<std::size_t>(stretch)].at) --stretch;
+  if (sighting.source == Source::length) return stretch;
+  while (stretch > 0 && sighting.seen < breaks_[static_cast<std::size_t>(stretch)].at) --stretch;
   return stretch;
 }
 
-void PacketEvidence::confirm(int piece, Source source, Moment seen) {
+void PacketEvidence::confirm(int piece, const Sighting& sighting) {
   Cell& known = cell(piece);
   const int stretch = known.stretch;
-  const int present = stretchAt(seen, source);
+  const int present = stretchAt(sighting);
   const bool old = stretch < present;
-  const bool apart = std::abs(seen - known.lastSeen) >= kSeparateSightings;
+  const bool apart = std::abs(sighting.seen - known.lastSeen) >= kSeparateSightings;
   if (apart && known.votes < kVotesByOrder) ++known.votes;
-  if (apart || old || source == Source::group) known.lastSeen = seen;
-  known.flags = static_cast<std::uint8_t>((known.flags | flagOf(source)) & ~kByOrder);
+  if (apart || old || sighting.source == Source::group) known.lastSeen = sighting.seen;
+  known.flags |= flagOf(sighting.source);
+  known.clear(sighting.isOutlier ? kByOrder : kByOrder | kFromOutlier);
   known.stretch = static_cast<std::uint8_t>(std::max(stretch, present));
   if (old && present == stretch_) noteAgreement(piece, stretch);
   const auto header = fields(Encoding::version5);
@@ -137,14 +148,15 @@ void PacketEvidence::joinStretches(int first) {
   textAgrees_ = -1;
 }
 
-void PacketEvidence::contradict(int piece, std::uint8_t value, Source source, Moment seen) {
+void PacketEvidence::contradict(int piece, std::uint8_t value, const Sighting& sighting) {
   const int length = packetLength();
   if (length != 0 && piece >= length && piece != kVersion3CrcPiece) return;  // Padding carries no meaning.
   Cell& known = cell(piece);
+  const Source source = sighting.source;
   const bool certain = source == Source::group && (known.flags & kInGroup) != 0;
   if (certain || ++contradictions_ >= kContradictionsOfAnotherRun) {
-    clash(seen);
-    learn(piece, value, source, seen);
+    clash(sighting.seen);
+    learn(piece, value, sighting);
     return;
   }
   const bool old = known.stretch < stretch_;
@@ -153,7 +165,7 @@ void PacketEvidence::contradict(int piece, std::uint8_t value, Source source, Mo
   if (source == Source::length && !old && known.votes > 1) {
     --known.votes;
   } else {
-    learn(piece, value, source, seen);
+    learn(piece, value, sighting);
   }
 }
 
@@ -182,6 +194,7 @@ void PacketEvidence::noteBreak(Source source, Moment at, bool provisional) {
 
 void PacketEvidence::excuseBreaks() {
   timeless_ = true;
+  for (int piece = 0; piece < kPieces; ++piece) settle(piece);
   joinStretches(0);
 }
 
@@ -287,7 +300,8 @@ std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding en
   for (int index = 0; index < length; ++index) {
     const int piece = pieceOf(encoding, index);
     const Cell& seen = cell(piece);
-    if (seen.votes == 0 || (seen.flags & sources) == 0 || seen.stretch < oldest) return std::nullopt;
+    const bool isSeen = seen.votes > 0 && (seen.flags & sources) != 0 && (seen.flags & kFromOutlier) == 0;
+    if (!isSeen || seen.stretch < oldest) return std::nullopt;
     packet[static_cast<std::size_t>(index)] = seen.value;
     if (isCertain(seen)) continue;
     ++(isCovered(encoding, index) ? doubtful : doubtfulLengths);

@@ -17,6 +17,13 @@ Moment momentOf(std::int64_t microseconds);
 enum class Source : std::uint8_t { group, length };
 inline constexpr int kSources = 2;
 
+/// A piece was read once.
+struct Sighting {
+  Moment seen = 0;
+  Source source = Source::group;
+  bool isOutlier = false;  ///< Its frame was off the grid of its channel, so another run may have sent it.
+};
+
 /// What the clocks of a source say about the frames heard: all are of one timetable; a cycle came that the
 /// timetable does not explain; or the last frame was out of place and may be the first of another run.
 /// Ordered from good to bad.
@@ -33,8 +40,12 @@ using Timetables = std::array<Timetable, kSources>;
 /// the values they had: then the run is the same. A break that a timetable may yet explain is provisional.
 class PacketEvidence {
  public:
-  /// Takes one piece. Others than 0 to kPieces - 1 are ignored.
-  void add(int piece, std::uint8_t value, Source source, Moment seen);
+  /// Takes one piece. Others than 0 to kPieces - 1 are ignored. What only outliers have shown is not
+  /// reported.
+  void add(int piece, std::uint8_t value, const Sighting& sighting);
+
+  /// The outlier that showed this piece is of the run after all.
+  void settle(int piece);
 
   /// Takes one piece from a length that was placed by the order of frames, not by their times.
   void addByOrder(int piece, std::uint8_t value, Moment seen);
@@ -99,6 +110,8 @@ class PacketEvidence {
     std::uint8_t votes = 0;  ///< 0 while unknown.
     std::uint8_t flags = 0;
     std::uint8_t stretch = 0;  ///< In which it was last seen.
+
+    void clear(int flag) { flags = static_cast<std::uint8_t>(flags & ~flag); }
   };
 
   struct Break {
@@ -115,10 +128,10 @@ class PacketEvidence {
   Cell& cell(int piece) { return cells_[static_cast<std::size_t>(piece)]; }
   const Cell& cell(int piece) const { return cells_[static_cast<std::size_t>(piece)]; }
   void clash(Moment seen);
-  int stretchAt(Moment seen, Source source) const;
-  void learn(int piece, std::uint8_t value, Source source, Moment seen);
-  void confirm(int piece, Source source, Moment seen);
-  void contradict(int piece, std::uint8_t value, Source source, Moment seen);
+  int stretchAt(const Sighting& sighting) const;
+  void learn(int piece, std::uint8_t value, const Sighting& sighting);
+  void confirm(int piece, const Sighting& sighting);
+  void contradict(int piece, std::uint8_t value, const Sighting& sighting);
   void noteAgreement(int piece, int stretch);
   void joinStretches(int first);
   int oldestUsableStretch(Sources sources, const Timetables& timetables) const;

@@ -38,7 +38,7 @@ struct Air {
   /// Pieces as another source has shown them.
   void know(int from, int to, Source source) {
     for (int i = from; i < to; ++i)
-      evidence.add(i, static_cast<std::uint8_t>(kPacket[static_cast<std::size_t>(i)]), source, 0);
+      evidence.add(i, static_cast<std::uint8_t>(kPacket[static_cast<std::size_t>(i)]), {0, source});
   }
 };
 

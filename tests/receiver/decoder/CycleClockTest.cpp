@@ -103,6 +103,29 @@ TEST(CycleClock, DoesNotTakeTwoSendersForBursts) {
   EXPECT_FALSE(clock.timeless());
 }
 
+TEST(CycleClock, SettlesOutliersThatAreOfTheRun) {
+  const struct {
+    const char* name;
+    std::vector<Row> rows;
+    bool settled;
+  } kCases[] = {
+      {"late, in its place", {{0, 5, 0}, {6, 6, 200}, {7, 7, 210}}, true},
+      {"late at the end of a cycle", {{0, 5, 0}, {0, 1, 300}, {5, 5, 485}, {0, 0, 600}}, true},
+      {"late at the beginning of a cycle", {{0, 5, 0}, {0, 5, 300}, {0, 0, 620}, {1, 1, 630}}, true},
+      {"the first of a cycle", {{0, 5, 0}, {0, 1, 300}}, true},
+      {"the first of a run that is ahead", {{0, 5, 0}, {3, 3, 200}, {7, 7, 320}}, true},
+      {"late, before one of the last index", {{0, 5, 0}, {0, 5, 300}, {6, 6, 500}, {5, 5, 750}}, true},
+      {"a stranger", {{0, 5, 0}, {3, 3, 165}, {6, 6, 180}}, false},
+      {"a frame on the grid", {{0, 6, 0}}, false},
+      {"the outlier itself", {{0, 5, 0}, {6, 6, 200}}, false},
+  };
+  for (const auto& test : kCases) {
+    CycleClock clock(30 * kMs, false);
+    follow(clock, test.rows);
+    EXPECT_EQ(clock.hasSettledOutlier(), test.settled) << test.name;
+  }
+}
+
 TEST(CycleClock, NoticesBurstsOfOtherFrames) {
   const auto timelessAfter = [](int before, int evenSteps, int closeFrames, int bursts) {
     CycleClock clock(30 * kMs, true);

@@ -89,11 +89,11 @@ PacketEvidence known(const Expectation& test) {
   PacketEvidence evidence;
   for (int i = test.from; i < test.to; ++i) {
     const int flaw = i < test.from + test.wrong ? 1 : 0;
-    evidence.add(i, static_cast<std::uint8_t>(test.packet[static_cast<std::size_t>(i)] ^ flaw), Source::group,
-                 0);
+    evidence.add(i, static_cast<std::uint8_t>(test.packet[static_cast<std::size_t>(i)] ^ flaw),
+                 {0, Source::group});
   }
   for (const int i : {0, 2, 3})
-    if (test.length) evidence.add(i, test.packet[static_cast<std::size_t>(i)], Source::group, 0);
+    if (test.length) evidence.add(i, test.packet[static_cast<std::size_t>(i)], {0, Source::group});
   return evidence;
 }
 

@@ -5,6 +5,10 @@
 #include <cstdint>
 #include <optional>
 #include <utility>
+#include <vector>
+
+#include "receiver/decoder/Crc8.h"
+#include "receiver/decoder/WireConstants.h"
 
 namespace zor::receiver {
 namespace {
@@ -92,6 +96,44 @@ TEST(MulticastChannel, FindsTheLengthOfASingleCopy) {
     EXPECT_FALSE(phone.channel.findLength(one, 2, true, phone.evidence));
     EXPECT_TRUE(phone.channel.findLength(other, 2, true, phone.evidence));
     EXPECT_EQ(other.length, 72);
+  }
+}
+
+/// A packet of ten bytes.
+std::vector<std::uint8_t> packetOf(Encoding encoding) {
+  const bool version5 = encoding == Encoding::version5;
+  std::vector<std::uint8_t> packet = {0, 2, 5, 'a', 'b', 'c', 'd', 'e', 'f', 'g'};
+  if (version5) packet = {16, 0, 2, 4, 'a', 'b', 'c', 'd', 'e', 'f'};
+  const std::size_t covered = version5 ? wire::kVersion5Payload : wire::kVersion3SsidLength;
+  packet[version5 ? wire::kVersion5Crc : wire::kVersion3Crc] =
+      crc8(&packet[covered], packet.size() - covered);
+  return packet;
+}
+
+TEST(MulticastChannel, ReadsAnOutlierOnlyInItsPlace) {
+  for (const MulticastFormat* format : {&kVersion5Multicast, &kVersion3Multicast}) {
+    const auto packet = packetOf(format->encoding);
+    for (const double place : {4.0, 4.6, 2.5}) {
+      PacketEvidence evidence;
+      MulticastChannel channel(*format);
+      const auto hear = [&](int index, double at) {
+        const std::size_t byte = 2 * static_cast<std::size_t>(index);
+        const GroupOctets group{index % 2 == 0 ? format->evenMark : format->oddMark, packet[byte],
+                                packet[byte + 1]};
+        const auto pace = static_cast<double>(format->defaultPace);
+        channel.observe({group, 72 + format->firstFrameOffset + index, static_cast<std::int64_t>(at * pace)},
+                        evidence);
+      };
+      channel.observe({format->syncGroup, 72, 0}, evidence);
+      hear(2, 2);
+      if (place < 3) hear(4, place);
+      hear(3, 3);
+      if (place > 3) hear(4, place);
+      hear(0, 8);
+      hear(1, 9);
+      const Timetables explained = {Timetable::explained, Timetable::explained};
+      EXPECT_EQ(evidence.read(format->encoding, explained, nullptr).has_value(), place > 3) << place;
+    }
   }
 }
 

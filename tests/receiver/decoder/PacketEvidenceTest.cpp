@@ -31,7 +31,7 @@ Step after(Moment milliseconds, const Step& step) {
 
 Step one(int piece, Source source, std::uint8_t flaw = 0) {
   return {[=](PacketEvidence& evidence, Moment now) {
-    evidence.add(piece, kPacket[static_cast<std::size_t>(piece)] ^ flaw, source, now);
+    evidence.add(piece, kPacket[static_cast<std::size_t>(piece)] ^ flaw, {now, source});
   }};
 }
 
@@ -40,6 +40,17 @@ Step all(Source source, int skipped = -1) {
     for (int piece = 0; piece < kEnd; ++piece)
       if (piece != skipped) one(piece, source).act(evidence, now);
   }};
+}
+
+/// A group frame off the grid of its channel.
+Step outlier(int piece) {
+  return {[=](PacketEvidence& evidence, Moment now) {
+    evidence.add(piece, kPacket[static_cast<std::size_t>(piece)], {now, Source::group, true});
+  }};
+}
+
+Step settled(int piece) {
+  return {[=](PacketEvidence& evidence, Moment) { evidence.settle(piece); }};
 }
 
 Step byOrder(int from, int to) {
@@ -67,7 +78,7 @@ Step start(Source source) {
 }
 
 Step padding(std::uint8_t value) {
-  return {[=](PacketEvidence& evidence, Moment now) { evidence.add(kEnd, value, Source::group, now); }};
+  return {[=](PacketEvidence& evidence, Moment now) { evidence.add(kEnd, value, {now, Source::group}); }};
 }
 
 const Step kStray{[](PacketEvidence& evidence, Moment) { evidence.noteStray(); }};
@@ -108,6 +119,12 @@ TEST(PacketEvidence, ReadsWhatIsCertain) {
       {"lengths seen twice", {lengths, one(0, kLength), one(2, kLength), one(3, kLength)}, true},
       {"among strays, single sightings", {kAtEnd, kStray, lengths}, false},
       {"among strays, one single sighting", {kAtEnd, kStray, all(kLength, 9), lengths}, true},
+      {"an outlier", {most, outlier(9)}, false},
+      {"two outliers", {most, outlier(9), outlier(9)}, false},
+      {"an outlier that is of the run", {most, outlier(9), settled(9)}, true},
+      {"an outlier, then a frame on the grid", {most, outlier(9), last}, true},
+      {"a frame on the grid, then an outlier", {groups, outlier(9)}, true},
+      {"an outlier where times mean nothing", {most, outlier(9), kTimeless}, true},
       {"a position beyond the end", {end(13, kLength), groups}, false},
       {"a group beyond the end", {end(14, kGroup), groups}, false},
       {"the last group's second byte", {end(13, kGroup), groups}, true},
@@ -156,24 +173,24 @@ TEST(PacketEvidence, ReadsWhatIsCertain) {
 
 TEST(PacketEvidence, KnowsWhenAnotherRunHasBegun) {
   PacketEvidence evidence;
-  evidence.add(9, 'a', Source::group, 0);
-  evidence.add(9, 'b', Source::group, 1'000);
-  evidence.add(10, 'a', Source::length, 1'000);  // Placed by what was known of the last run.
+  evidence.add(9, 'a', {0, Source::group});
+  evidence.add(9, 'b', {1'000, Source::group});
+  evidence.add(10, 'a', {1'000, Source::length});  // Placed by what was known of the last run.
   EXPECT_FALSE(evidence.byteAt(Encoding::version5, 10));
   EXPECT_TRUE(evidence.takeRestart());
   EXPECT_EQ(evidence.byteAt(Encoding::version5, 9), 'b');
   for (int piece = 20; piece < 23; ++piece) {
     EXPECT_FALSE(evidence.takeRestart());
-    evidence.add(piece, 'a', Source::group, 0);
-    evidence.add(piece, 'b', Source::length, 1'000);
+    evidence.add(piece, 'a', {0, Source::group});
+    evidence.add(piece, 'b', {1'000, Source::length});
   }
   EXPECT_TRUE(evidence.takeRestart());
 }
 
 TEST(PacketEvidence, HoldsOneMiddleForBothEncodings) {
   PacketEvidence evidence;
-  evidence.add(2, 5, Source::group, 0);
-  evidence.add(kVersion3CrcPiece, 0x77, Source::group, 0);
+  evidence.add(2, 5, {0, Source::group});
+  evidence.add(kVersion3CrcPiece, 0x77, {0, Source::group});
   EXPECT_EQ(evidence.byteAt(Encoding::version3, 0), 0x77);
   EXPECT_EQ(evidence.byteAt(Encoding::version3, 1), 5);
   EXPECT_FALSE(evidence.byteAt(Encoding::version5, 1));

@@ -31,7 +31,8 @@ std::string bytesOf(const PacketEvidence& evidence) {
 
 void know(PacketEvidence& evidence, const std::string& bytes, Source source, Moment seen = 0) {
   for (std::size_t i = 0; i < bytes.size(); ++i) {
-    if (bytes[i] != '.') evidence.add(static_cast<int>(i), static_cast<std::uint8_t>(bytes[i]), source, seen);
+    if (bytes[i] != '.')
+      evidence.add(static_cast<int>(i), static_cast<std::uint8_t>(bytes[i]), {seen, source});
   }
 }
 
