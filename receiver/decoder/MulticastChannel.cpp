@@ -41,6 +41,11 @@ void MulticastChannel::restart() {
   heard_ = false;
 }
 
+void MulticastChannel::noteTimeless() {
+  clock_.noteTimeless();
+  lastByte_.sighting.isOutlier = false;
+}
+
 bool MulticastChannel::carries(const MulticastFormat& format, const GroupOctets& group) {
   return group.mark == format.evenMark || group.mark == format.oddMark || group == format.syncGroup;
 }

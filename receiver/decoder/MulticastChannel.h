@@ -58,7 +58,7 @@ class MulticastChannel {
   void findBase(PacketEvidence& evidence, std::optional<int> likelySyncLength);
 
   /// Another channel has shown that times mean nothing.
-  void noteTimeless() { clock_.noteTimeless(); }
+  void noteTimeless();
 
   /// Frames that wait for a base.
   const PendingPairs& pending() const { return pending_; }
