@@ -110,10 +110,14 @@ std::vector<std::uint8_t> packetOf(Encoding encoding) {
   return packet;
 }
 
-TEST(MulticastChannel, ReadsAnOutlierOnlyInItsPlace) {
+TEST(MulticastChannel, ReadsAnOutlierOnlyInItsPlaceOrWhereTimesMeanNothing) {
+  const struct {
+    double place;  ///< When frame 4 is heard, in steps of the pace.
+    bool timeless, reads;
+  } kCases[] = {{4.0, false, true}, {4.6, false, true}, {2.5, false, false}, {2.5, true, true}};
   for (const MulticastFormat* format : {&kVersion5Multicast, &kVersion3Multicast}) {
     const auto packet = packetOf(format->encoding);
-    for (const double place : {4.0, 4.6, 2.5}) {
+    for (const auto& [place, timeless, reads] : kCases) {
       PacketEvidence evidence;
       MulticastChannel channel(*format);
       const auto hear = [&](int index, double at) {
@@ -129,10 +133,14 @@ TEST(MulticastChannel, ReadsAnOutlierOnlyInItsPlace) {
       if (place < 3) hear(4, place);
       hear(3, 3);
       if (place > 3) hear(4, place);
+      if (timeless) {
+        channel.noteTimeless();
+        evidence.excuseBreaks();
+      }
       hear(0, 8);
       hear(1, 9);
       const Timetables explained = {Timetable::explained, Timetable::explained};
-      EXPECT_EQ(evidence.read(format->encoding, explained, nullptr).has_value(), place > 3) << place;
+      EXPECT_EQ(evidence.read(format->encoding, explained, nullptr).has_value(), reads) << place << timeless;
     }
   }
 }
