@@ -17,7 +17,7 @@ Moment momentOf(std::int64_t microseconds);
 enum class Source : std::uint8_t { group, length };
 inline constexpr int kSources = 2;
 
-/// A piece was read once.
+/// One reading of a piece.
 struct Sighting {
   Moment seen = 0;
   Source source = Source::group;
@@ -44,7 +44,8 @@ class PacketEvidence {
   /// reported.
   void add(int piece, std::uint8_t value, const Sighting& sighting);
 
-  /// The outlier that showed this piece is of the run after all.
+  /// The outlier that showed this piece is of the run after all. Pieces other than 0 to kPieces - 1 are
+  /// ignored.
   void settle(int piece);
 
   /// Takes one piece from a length that was placed by the order of frames, not by their times.
