@@ -17,11 +17,11 @@ constexpr int kBytesToAgreeIfLikely = 2;
 void PendingPairs::keep(const GroupPair& pair, Moment seen) {
   const auto length = static_cast<std::int16_t>(pair.length);
   Kept& kept = frames_[placeOf(length)];
-  const bool same = kept.odd == pair.odd && kept.first == pair.first && kept.second == pair.second;
   const bool tooFar =
       !empty() &&
       std::max<int>(longest_, pair.length) - std::min<int>(shortest_, pair.length) >= wire::kMaxPairs;
-  if (tooFar || (kept.used && !same)) clear();
+  if (tooFar || (kept.used && !kept.carries(pair))) clear();
+  copied_ = copied_ || isCopyOfLatest(pair, seen);
   kept = Kept{seen, pair.first, pair.second, pair.odd, true};
   const bool indexZeroIsOdd = (pair.length % 2 != 0) != pair.odd;
   (indexZeroIsOdd ? mayBeEven_ : mayBeOdd_) = false;
@@ -29,6 +29,13 @@ void PendingPairs::keep(const GroupPair& pair, Moment seen) {
   latest_ = length;
   shortest_ = shortest_ == kNone ? length : std::min(shortest_, length);
   longest_ = std::max(longest_, length);
+}
+
+/// True when this can be the latest frame with another overhead, as an access point relays it.
+bool PendingPairs::isCopyOfLatest(const GroupPair& pair, Moment seen) const {
+  if (empty() || pair.length == latest_) return false;
+  const Kept& latest = frames_[placeOf(latest_)];
+  return latest.carries(pair) && seen - latest.seen < momentOf(wire::kRelayedWithin);
 }
 
 bool PendingPairs::mayBe(int base) const {
@@ -46,6 +53,7 @@ std::optional<std::uint8_t> PendingPairs::byteIf(int base, int index) const {
 
 std::optional<int> PendingPairs::baseOfWholePacket(Encoding encoding) const {
   if (!wrapped_ || !mayBe(shortest_)) return std::nullopt;  // Frames before the first may be missing.
+  if (copied_) return std::nullopt;
   std::array<std::uint8_t, wire::kMaxPacketBytes> packet{};
   const int end = 2 * (longest_ - shortest_ + 1);
   for (int index = 0; index < end; ++index) {

@@ -50,7 +50,8 @@ class PendingPairs {
   /// The byte at an index of the packet, if a frame carries it and this is the base.
   std::optional<std::uint8_t> byteIf(int base, int index) const;
 
-  /// The base, once the frames make a packet whose CRC holds.
+  /// The base, once the frames make a packet whose CRC holds. Nothing where copies of frames with another
+  /// overhead are among them.
   std::optional<int> baseOfWholePacket(Encoding encoding) const;
 
   /// The base, if enough bytes already known agree with it and with no other base. `likely` is the base to
@@ -67,6 +68,10 @@ class PendingPairs {
     std::uint8_t second = 0;
     bool odd = false;
     bool used = false;
+
+    bool carries(const GroupPair& pair) const {
+      return odd == pair.odd && first == pair.first && second == pair.second;
+    }
   };
 
   static constexpr std::int16_t kNone = -1;
@@ -77,6 +82,8 @@ class PendingPairs {
     return shortest_ + (place - shortest_ % wire::kMaxPairs + wire::kMaxPairs) % wire::kMaxPairs;
   }
 
+  bool isCopyOfLatest(const GroupPair& pair, Moment seen) const;
+
   /// Number of bytes that agree with the known ones, -1 if any disagrees or this cannot be the base.
   int agreement(int base, Encoding encoding, const PacketEvidence& evidence) const;
 
@@ -85,6 +92,7 @@ class PendingPairs {
   std::int16_t longest_ = kNone;
   std::int16_t latest_ = kNone;
   bool wrapped_ = false;   ///< The frames come from more than one cycle.
+  bool copied_ = false;    ///< Two may be copies of one frame: lengths do not tell indices.
   bool mayBeEven_ = true;  ///< By every frame's mark, the base can be an even length.
   bool mayBeOdd_ = true;
 };

@@ -8,10 +8,6 @@
 namespace zor::receiver {
 namespace {
 
-/// An access point that holds nothing relays a frame within this time, microseconds. Frames of a sender with
-/// the same destination lie further apart.
-constexpr std::int64_t kRelayedWithin = 7'000;
-
 /// An access point that holds frames relays them within this time.
 constexpr std::int64_t kHeldWithin = wire::kLongestHold + 100'000;
 
@@ -55,7 +51,7 @@ std::optional<TwoOverheads::Sorted> TwoOverheads::observe(const Observation& fra
   if (isRepetition(heard)) return active_ ? std::nullopt : std::optional(Sorted{frame});
   learn(heard);
   Heard* copy = active_ ? findCopy(heard) : nullptr;
-  const bool isLate = copy != nullptr && heard.time - copy->time >= kRelayedWithin;
+  const bool isLate = copy != nullptr && heard.time - copy->time >= wire::kRelayedWithin;
   if (copy != nullptr && heard.group != kBroadcastOctets) noteDelay(isLate);
   if (isLate && !holds()) copy = nullptr;
   Sorted sorted{frame, active_ && copy == nullptr, isLate && copy != nullptr};
@@ -78,13 +74,14 @@ const TwoOverheads::Heard& TwoOverheads::latest(const GroupOctets& group) const 
 /// The same frame again, as a transmitter sends it that missed the acknowledgement.
 bool TwoOverheads::isRepetition(const Heard& frame) const {
   const Heard& last = latest(frame.group);
-  return last.length == frame.length && last.group == frame.group && frame.time - last.time < kRelayedWithin;
+  return last.length == frame.length && last.group == frame.group &&
+         frame.time - last.time < wire::kRelayedWithin;
 }
 
 void TwoOverheads::learn(const Heard& frame) {
   const Heard& last = latest(frame.group);
   std::int16_t& candidate = frame.group == kBroadcastOctets ? broadcastStep_ : groupStep_;
-  const bool close = last.length >= 0 && frame.time - last.time < kRelayedWithin;
+  const bool close = last.length >= 0 && frame.time - last.time < wire::kRelayedWithin;
   const int pair = close ? 0 : candidate;
   const int step = std::abs(frame.length - last.length);
   candidate =
@@ -139,7 +136,7 @@ bool TwoOverheads::isCopy(const Heard& earlier, const Heard& frame) const {
 
 TwoOverheads::Heard* TwoOverheads::findCopy(const Heard& frame) {
   if (frame.group == kBroadcastOctets) {
-    const bool close = broadcast_.apart && frame.time - broadcast_.time < kRelayedWithin;
+    const bool close = broadcast_.apart && frame.time - broadcast_.time < wire::kRelayedWithin;
     return close && isCopy(broadcast_, frame) ? &broadcast_ : nullptr;
   }
   Heard* latest = nullptr;
@@ -153,7 +150,7 @@ TwoOverheads::Heard* TwoOverheads::findCopy(const Heard& frame) {
 void TwoOverheads::keep(const Heard& frame) {
   const bool isBroadcast = frame.group == kBroadcastOctets;
   const Heard& last = latest(frame.group);
-  const bool apart = last.length < 0 || frame.time - last.time >= kRelayedWithin;
+  const bool apart = last.length < 0 || frame.time - last.time >= wire::kRelayedWithin;
   Heard& place = isBroadcast ? broadcast_ : groupFrames_[next_];
   place = frame;
   place.apart = apart;

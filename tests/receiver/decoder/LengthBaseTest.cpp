@@ -177,6 +177,19 @@ TEST(PendingPairs, AreAPacketOnceItsCrcHolds) {
   EXPECT_EQ(base(longer, 0, 8, true), Base());
 }
 
+/// An access point relays frames with another overhead. So frames in a row that differ in length only may be
+/// one frame, and then the others' lengths do not tell indices either.
+TEST(PendingPairs, AreNoPacketWithCopiesAmongThem) {
+  const Bytes packet = {0x10, 0x58, 5, 4, 'q', 'k', 'i', 't', 'q', 'k', '3', '6', 'b'};
+  for (const Moment gap : {6, 7}) {
+    PendingPairs pairs = pairsOf(packet, 0, 3);
+    pairs.keep({72 + 4, false, 'q', 'k'}, gap);  // Index 3 is heard after it.
+    pairsOf(packet, 3, 7).forEach([&](const GroupPair& pair, Moment) { pairs.keep(pair, 20); });
+    pairsOf(packet, 0, 1).forEach([&](const GroupPair& pair, Moment) { pairs.keep(pair, 40); });
+    EXPECT_EQ(pairs.baseOfWholePacket(Encoding::version5), gap < 7 ? Base() : Base(72)) << gap;
+  }
+}
+
 TEST(PendingPairs, AreOfOneRun) {
   PendingPairs pairs = pairsOf(kPacket, 0, 7);
   pairs.keep({75, true, 'x', 'y'}, 0);
