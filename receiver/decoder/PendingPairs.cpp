@@ -20,8 +20,9 @@ void PendingPairs::keep(const GroupPair& pair, Moment seen) {
   const bool tooFar =
       !empty() &&
       std::max<int>(longest_, pair.length) - std::min<int>(shortest_, pair.length) >= wire::kMaxPairs;
+  const bool copied = copied_ || isCopyOfLatest(pair, seen);
   if (tooFar || (kept.used && !kept.carries(pair))) clear();
-  copied_ = copied_ || isCopyOfLatest(pair, seen);
+  copied_ = copied;
   kept = Kept{seen, pair.first, pair.second, pair.odd, true};
   const bool indexZeroIsOdd = (pair.length % 2 != 0) != pair.odd;
   (indexZeroIsOdd ? mayBeEven_ : mayBeOdd_) = false;
@@ -39,7 +40,7 @@ bool PendingPairs::isCopyOfLatest(const GroupPair& pair, Moment seen) const {
 }
 
 bool PendingPairs::mayBe(int base) const {
-  if (empty() || base > shortest_ || base < lowestBase()) return false;
+  if (empty() || copied_ || base > shortest_ || base < lowestBase()) return false;
   return base % 2 == 0 ? mayBeEven_ : mayBeOdd_;
 }
 
@@ -53,7 +54,6 @@ std::optional<std::uint8_t> PendingPairs::byteIf(int base, int index) const {
 
 std::optional<int> PendingPairs::baseOfWholePacket(Encoding encoding) const {
   if (!wrapped_ || !mayBe(shortest_)) return std::nullopt;  // Frames before the first may be missing.
-  if (copied_) return std::nullopt;
   std::array<std::uint8_t, wire::kMaxPacketBytes> packet{};
   const int end = 2 * (longest_ - shortest_ + 1);
   for (int index = 0; index < end; ++index) {

@@ -19,7 +19,8 @@ struct GroupPair {
 };
 
 /// Multicast data frames of one sender whose index is not known yet, because no sync frame has shown the
-/// base, which is the length of index 0.
+/// base, which is the length of index 0. Where two of them look like copies of one frame with another
+/// overhead, lengths do not tell indices: nothing can be the base until clear().
 class PendingPairs {
  public:
   /// Keeps a frame. Forgets the others if it cannot be of their run.
@@ -50,8 +51,7 @@ class PendingPairs {
   /// The byte at an index of the packet, if a frame carries it and this is the base.
   std::optional<std::uint8_t> byteIf(int base, int index) const;
 
-  /// The base, once the frames make a packet whose CRC holds. Nothing where copies of frames with another
-  /// overhead are among them.
+  /// The base, once the frames make a packet whose CRC holds.
   std::optional<int> baseOfWholePacket(Encoding encoding) const;
 
   /// The base, if enough bytes already known agree with it and with no other base. `likely` is the base to

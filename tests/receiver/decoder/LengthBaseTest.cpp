@@ -187,6 +187,8 @@ TEST(PendingPairs, AreNoPacketWithCopiesAmongThem) {
     pairsOf(packet, 3, 7).forEach([&](const GroupPair& pair, Moment) { pairs.keep(pair, 20); });
     pairsOf(packet, 0, 1).forEach([&](const GroupPair& pair, Moment) { pairs.keep(pair, 40); });
     EXPECT_EQ(pairs.baseOfWholePacket(Encoding::version5), gap < 7 ? Base() : Base(72)) << gap;
+    pairs.keep({72, false, 'x', 'y'}, 60);  // Of another run, which is relayed as well.
+    EXPECT_EQ(pairs.mayBe(72), gap >= 7) << gap;
   }
 }
 
