@@ -5,6 +5,7 @@
 #include <functional>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace zor::receiver {
 namespace {
@@ -152,18 +153,33 @@ void SenderRecord::findBases() {
   broadcast_.findBase(evidence_, syncLength ? syncLength : markerLength);
 }
 
+/// Where copies are paired by their lengths only, two frames with the same bytes whose lengths lie twice the
+/// step apart make a copy of one between them that nobody sent. True when the packet has such a frame.
+bool SenderRecord::mayBeMadeUp(Encoding encoding) const {
+  if (!overheads_.holds()) return false;
+  const int step = overheads_.step();
+  const auto pairAt = [&](int index) {
+    return std::pair(evidence_.byteAt(encoding, 2 * index), evidence_.byteAt(encoding, 2 * index + 1));
+  };
+  for (int index = step; index + step < wire::kMaxPairs; ++index) {
+    const auto pair = pairAt(index);
+    if (pair.first && pair == pairAt(index - step) && pair == pairAt(index + step)) return true;
+  }
+  return false;
+}
+
 std::optional<Credentials> SenderRecord::complete(std::optional<Credentials>* rejected) {
   const auto version5 = evidence_.fields(Encoding::version5);
   const auto version3 = evidence_.fields(Encoding::version3);
   if (!version3 || version5_.contested() || version3_.contested()) return std::nullopt;
   const Timetables clocks = timetables(version5 ? *version5 : *version3);
-  if (settledVersion5_ != evidence_.changes()) {
+  if (settledVersion5_ != evidence_.changes() && !mayBeMadeUp(Encoding::version5)) {
     if (auto credentials = evidence_.read(Encoding::version5, clocks, rejected)) {
       settledVersion5_ = evidence_.changes();
       return credentials;
     }
   }
-  if (settledVersion3_ == evidence_.changes()) return std::nullopt;
+  if (settledVersion3_ == evidence_.changes() || mayBeMadeUp(Encoding::version3)) return std::nullopt;
   auto credentials = evidence_.read(Encoding::version3, clocks, rejected);
   if (credentials) settledVersion3_ = evidence_.changes();
   return credentials;

@@ -37,6 +37,7 @@ class SenderRecord {
   void shareTimelessness();
   void noteSilence(const CycleClock& clock, Source source);
   void findBases();
+  bool mayBeMadeUp(Encoding encoding) const;
   std::optional<Credentials> complete(std::optional<Credentials>* rejected);
   Timetables timetables(const PacketFields& fields) const;
   Timetable judgeVersion5(const PacketFields& fields) const;

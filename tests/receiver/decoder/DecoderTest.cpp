@@ -469,6 +469,20 @@ TEST(Decoder, ReadsAPhoneThatIsHeardWithAnAccessPointThatHoldsFrames) {
   }
 }
 
+TEST(Decoder, DoesNotTakeTwoFramesForCopiesOfAThird) {
+  // Frames 5 and 9 carry the same bytes, and copies are 2 longer: so one of each looks like two of frame 7.
+  const Phone phone{.ssid = "MyHome", .passPhrase = "abcdefghabijklmn"};
+  const Air run = phone.run("m", 0, 20'000);
+  std::size_t rejections = 0;
+  for (unsigned seed = 1; seed <= 200; ++seed) {
+    Decoder decoder;
+    decoder.setRejectionListener([&](const Credentials&) { ++rejections; });
+    const Air air = merge(disturb(run, 0.6, 0, seed), disturb(relayed(run, 2), 0.6, 300, seed + 1'000));
+    for (const Credentials& report : decode(decoder, air)) EXPECT_EQ(report, phone.credentials()) << seed;
+  }
+  EXPECT_LE(rejections, 8u);  // Each is wrong credentials that nothing but the CRC has stopped.
+}
+
 TEST(Decoder, DoesNotMixTwoPhonesBehindOneAddress) {
   const Phone other{.ssid = kHome.ssid, .passPhrase = "c0rrect h0rse battery", .append = {0x62, 0xb3}};
   const Air both = merge(kHome.run("m", 0, 60'000), other.run("m", 217, 60'000));
