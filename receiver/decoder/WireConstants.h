@@ -77,7 +77,8 @@ inline constexpr std::int64_t kVersion3Pause = 20'000;
 /// The longest for which an access point holds frames while stations sleep, microseconds.
 inline constexpr std::int64_t kLongestHold = 300'000;
 
-/// An access point that holds nothing relays a frame within this time, microseconds.
+/// An access point that holds nothing relays a frame within this time, microseconds. Frames of a sender with
+/// the same destination lie further apart.
 inline constexpr std::int64_t kRelayedWithin = 7'000;
 
 /// Limits of the fields.
