@@ -69,6 +69,15 @@ class Terminal {
   std::size_t seen_ = 0;
 };
 
+/// Types Ctrl-C until the command ends: the thread sanitizer now and then puts off a signal until the next.
+bool endsByCtrlC(Terminal& terminal) {
+  const auto ends = [&] {
+    terminal.type("\x03");
+    return terminal.shows("code 130", 1000);
+  };
+  return waitUntil(ends, kLimitMs);
+}
+
 TEST(Terminal, ShowsWhatTheCommandPrints) {
   const struct {
     const char *script, *says;
@@ -159,8 +168,7 @@ TEST(Terminal, CtrlCEndsTheWaitForAPassPhrase) {
     // The pipe can be opened once it is read.
     const auto waits = [&] { return (writer = open(pipe.c_str(), O_WRONLY | O_NONBLOCK)) >= 0; };
     ASSERT_TRUE(option.empty() ? terminal.shows("Pass phrase") : waitUntil(waits, kLimitMs));
-    terminal.type("\x03");
-    EXPECT_TRUE(terminal.shows("code 130")) << terminal.screen();
+    EXPECT_TRUE(endsByCtrlC(terminal)) << terminal.screen();
     close(writer);
   }
   unlink(pipe.c_str());
@@ -180,11 +188,7 @@ TEST(Terminal, CtrlCEndsACommandWhoseStderrNobodyReads) {
     ASSERT_TRUE(terminal.shows("started\r\n"));
     // The complaint about a short pass phrase comes before anything is printed.
     ASSERT_TRUE(std::string_view(command).ends_with("short") || terminal.shows("ing")) << terminal.screen();
-    const auto ends = [&] {
-      terminal.type("\x03");
-      return terminal.shows("code 130", 1000);
-    };
-    EXPECT_TRUE(waitUntil(ends, kLimitMs)) << terminal.screen();
+    EXPECT_TRUE(endsByCtrlC(terminal)) << terminal.screen();
   }
   for (const int descriptor : {pipe[0], pipe[1], kStderr}) close(descriptor);
 }
