@@ -25,7 +25,8 @@ struct Tally {
   double runs = 0;
   double complete = 0;
   std::size_t wrong = 0;
-  std::size_t stoppedByCrc = 0;  ///< Runs.
+  std::size_t stoppedByCrc = 0;   ///< Runs.
+  std::size_t stoppedByLuck = 0;  ///< Runs.
 };
 
 /// The module listens on for this long after the report, because a wrong one may follow.
@@ -56,6 +57,7 @@ void addRuns(Tally& tally, const NamedAir& air, std::uint64_t seed, const CountO
     tally.complete += outcome.decoderSeconds < simulator::kGiveUpSeconds ? 1 : 0;
     tally.wrong += outcome.wrong.size();
     tally.stoppedByCrc += outcome.stoppedByCrc ? 1 : 0;
+    tally.stoppedByLuck += outcome.stoppedByLuck ? 1 : 0;
     for (const receiver::Credentials& wrong : outcome.wrong) printRepeat(air, seed, options, wrong);
   }
 }
@@ -68,7 +70,8 @@ Row makeRow(const NamedAir& air, const Tally& tally) {
           {"wrong", tally.wrong},
           {"wrong per million at most", atMostPerMillion(tally.wrong)},
           {"stopped by the CRC", tally.stoppedByCrc},
-          {"stopped per million at most", atMostPerMillion(tally.stoppedByCrc)}};
+          {"more than one byte off", tally.stoppedByLuck},
+          {"per million at most", atMostPerMillion(tally.stoppedByLuck)}};
 }
 
 }  // namespace

@@ -1,8 +1,11 @@
 #include "simulator/Trial.h"
 
 #include <algorithm>
+#include <string>
+#include <string_view>
 #include <thread>
 
+#include "receiver/decoder/Crc8.h"
 #include "simulator/AccessPoint.h"
 #include "simulator/IdealReceiver.h"
 #include "simulator/Sources.h"
@@ -21,6 +24,23 @@ constexpr std::int64_t kManyHopsUs = 1000 * kHopCycleUs;
 
 double secondsOf(std::int64_t us) {
   return static_cast<double>(us) / kUsPerSecond;
+}
+
+/// The bytes of a packet that its CRC covers.
+std::string coveredBytes(receiver::Encoding encoding, const Secret& secret) {
+  const std::string texts = secret.ssid + secret.passPhrase;
+  if (encoding == receiver::Encoding::version5)
+    return texts + std::string(secret.append.begin(), secret.append.end());
+  return std::string{static_cast<char>(secret.ssid.size()), static_cast<char>(secret.passPhrase.size())} +
+         texts;
+}
+
+/// In how many bytes they differ; bytes that only one of them has count.
+std::size_t countDifferent(std::string_view a, std::string_view b) {
+  const std::size_t common = std::min(a.size(), b.size());
+  std::size_t different = std::max(a.size(), b.size()) - common;
+  for (std::size_t i = 0; i < common; ++i) different += a[i] != b[i] ? 1 : 0;
+  return different;
 }
 
 /// What the module knows of a run.
@@ -48,8 +68,10 @@ class Run {
   }
 
   Outcome outcome() {
-    decoder_.setRejectionListener([this](const receiver::Credentials& rejected) {
-      if (!isSent(rejected)) outcome_.stoppedByCrc = true;
+    decoder_.setRejectionListener([this](const receiver::Rejection& rejection) {
+      if (isSent(rejection.credentials)) return;
+      outcome_.stoppedByCrc = true;
+      outcome_.stoppedByLuck = outcome_.stoppedByLuck || mayHavePassed(rejection);
     });
     const double giveUpSeconds = secondsOf(startUs_) + kGiveUpSeconds;
     while (secondsOf(nowUs_) < std::min(endSeconds_, giveUpSeconds)) {
@@ -111,6 +133,19 @@ class Run {
   bool isSent(const receiver::Credentials& credentials) const {
     return std::any_of(runs_.begin(), runs_.end(),
                        [&](const PhoneRun& run) { return isOf(run, credentials); });
+  }
+
+  /// False when the CRC was certain to stop these credentials: they are those of a run but for one byte.
+  bool mayHavePassed(const receiver::Rejection& rejection) const {
+    const receiver::Credentials& read = rejection.credentials;
+    const std::string readBytes = coveredBytes(read.encoding, {read.ssid, read.passPhrase, read.append}) +
+                                  static_cast<char>(rejection.crc);
+    return std::none_of(runs_.begin(), runs_.end(), [&](const PhoneRun& run) {
+      std::string sent = coveredBytes(read.encoding, run.plan->secret);
+      const auto* const bytes = reinterpret_cast<const std::uint8_t*>(sent.data());
+      sent += static_cast<char>(receiver::crc8(bytes, sent.size()));
+      return read.sender == run.from.address && countDifferent(readBytes, sent) <= 1;
+    });
   }
 
   void note(std::int64_t timeUs) {

@@ -38,6 +38,8 @@ struct Outcome {
   double airSeconds = 0;                   ///< For which these frames kept the channel busy, sent once each.
   std::vector<receiver::Credentials> wrong;  ///< Credentials that no phone sent.
   bool stoppedByCrc = false;                 ///< Nothing but a CRC kept the decoder from wrong credentials.
+  bool stoppedByLuck = false;                ///< The same, and more than one byte was wrong: a CRC lets one
+                                             ///< such packet in 256 pass.
 };
 
 /// Simulates one run, in virtual time. `decoder` is reset first; it is lent so that many runs can share one.

@@ -25,4 +25,12 @@ struct Credentials {
   bool operator==(const Credentials&) const = default;
 };
 
+/// A packet that was complete by all evidence and stopped by nothing but its CRC.
+struct Rejection {
+  Credentials credentials;  ///< What the packet says.
+  std::uint8_t crc = 0;     ///< As heard; not that of the rest.
+
+  bool operator==(const Rejection&) const = default;
+};
+
 }  // namespace zor::receiver

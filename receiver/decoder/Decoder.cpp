@@ -56,11 +56,11 @@ std::optional<Credentials> Decoder::observe(const Observation& observation) {
     std::destroy_at(&record);
     std::construct_at(&record);
   }
-  std::optional<Credentials> rejected;
+  std::optional<Rejection> rejected;
   auto credentials = record.observe(observation, rejectionListener_ ? &rejected : nullptr);
   if (credentials) credentials->sender = observation.sender;
   if (rejected) {
-    rejected->sender = observation.sender;
+    rejected->credentials.sender = observation.sender;
     rejectionListener_(*rejected);
   }
   return credentials;
@@ -76,7 +76,7 @@ DecoderProgress Decoder::progress() const {
   return progress;
 }
 
-void Decoder::setRejectionListener(std::function<void(const Credentials&)> listener) {
+void Decoder::setRejectionListener(std::function<void(const Rejection&)> listener) {
   rejectionListener_ = std::move(listener);
 }
 

@@ -57,10 +57,10 @@ class Decoder {
   /// What is known so far, for a progress display. Allocates.
   DecoderProgress progress() const;
 
-  /// For tests and benchmarks: `listener` is called, within observe(), with credentials that were complete by
-  /// all evidence and stopped by nothing but their CRC, which lets one wrong packet in 256 pass. They hold
-  /// what the packet says, and the frame's sender. An empty listener ends that. Survives reset().
-  void setRejectionListener(std::function<void(const Credentials&)> listener);
+  /// For tests and benchmarks: `listener` is called, within observe(), with each packet that was complete by
+  /// all evidence and stopped by nothing but its CRC, which lets one in 256 pass unless only one byte is
+  /// wrong. An empty listener ends that. Survives reset().
+  void setRejectionListener(std::function<void(const Rejection&)> listener);
 
   /// Forgets every sender.
   void reset();
@@ -69,7 +69,7 @@ class Decoder {
   struct State;
 
   std::unique_ptr<State> state_;
-  std::function<void(const Credentials&)> rejectionListener_;
+  std::function<void(const Rejection&)> rejectionListener_;
 };
 
 }  // namespace zor::receiver

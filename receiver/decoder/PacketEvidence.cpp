@@ -273,7 +273,7 @@ bool PacketEvidence::exceeds(int length) const {
 }
 
 std::optional<Credentials> PacketEvidence::read(Encoding encoding, const Timetables& timetables,
-                                                std::optional<Credentials>* rejected) {
+                                                std::optional<Rejection>* rejected) {
   const auto header = fields(encoding);
   if (!header) return std::nullopt;
   // What one source tells by itself, the other does not delay.
@@ -285,7 +285,7 @@ std::optional<Credentials> PacketEvidence::read(Encoding encoding, const Timetab
 
 std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding encoding,
                                                     const PacketFields& fields, const Timetables& timetables,
-                                                    std::optional<Credentials>* rejected) {
+                                                    std::optional<Rejection>* rejected) {
   for (int source = 0; source < kSources; ++source) {
     const bool judged = (sources & (1 << source)) != 0;
     if (judged && timetables[static_cast<std::size_t>(source)] == Timetable::interrupted) return std::nullopt;
@@ -324,7 +324,8 @@ std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding en
     ++changes_;
   } else if (!beyondEnd && rejected != nullptr && rejectedAt_ != changes_) {
     rejectedAt_ = changes_;
-    *rejected = readCredentials(encoding, fields, bytes);
+    const int crc = encoding == Encoding::version5 ? wire::kVersion5Crc : wire::kVersion3Crc;
+    *rejected = Rejection{readCredentials(encoding, fields, bytes), packet[static_cast<std::size_t>(crc)]};
   }
   return std::nullopt;
 }

@@ -100,9 +100,9 @@ class PacketEvidence {
   int packetLength() const;
 
   /// Returns the credentials once every piece is certain enough and the CRC holds. When only the CRC speaks
-  /// against them, once for each new piece, they go to `rejected` unless that is null.
+  /// against the packet, once for each new piece, it goes to `rejected` unless that is null.
   std::optional<Credentials> read(Encoding encoding, const Timetables& timetables,
-                                  std::optional<Credentials>* rejected);
+                                  std::optional<Rejection>* rejected);
 
  private:
   struct Cell {
@@ -140,7 +140,7 @@ class PacketEvidence {
   bool lengthConfirmed(int length) const;
   bool exceeds(int length) const;
   std::optional<Credentials> readFrom(Sources sources, Encoding encoding, const PacketFields& fields,
-                                      const Timetables& timetables, std::optional<Credentials>* rejected);
+                                      const Timetables& timetables, std::optional<Rejection>* rejected);
 
   std::array<Cell, kPieces> cells_{};
   int knownCount_ = 0;

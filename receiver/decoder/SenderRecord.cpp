@@ -45,7 +45,7 @@ Timetable judge(const CycleClock& clock, std::int64_t cycle, std::span<const std
 }  // namespace
 
 std::optional<Credentials> SenderRecord::observe(const Observation& observation,
-                                                 std::optional<Credentials>* rejected) {
+                                                 std::optional<Rejection>* rejected) {
   auto sorted = overheads_.observe(observation);
   if (overheads_.takeChange()) forget();
   if (overheads_.holds() && observation.destination == wire::kBroadcastAddress) return std::nullopt;
@@ -91,7 +91,7 @@ MulticastChannel& SenderRecord::channelOf(const GroupOctets& group) {
   return MulticastChannel::carries(kVersion5Multicast, group) ? version5_ : version3_;
 }
 
-std::optional<Credentials> SenderRecord::conclude(std::optional<Credentials>* rejected) {
+std::optional<Credentials> SenderRecord::conclude(std::optional<Rejection>* rejected) {
   shareTimelessness();
   findBases();
   broadcast_.placeLate(evidence_);
@@ -168,7 +168,7 @@ bool SenderRecord::mayBeMadeUp(Encoding encoding) const {
   return false;
 }
 
-std::optional<Credentials> SenderRecord::complete(std::optional<Credentials>* rejected) {
+std::optional<Credentials> SenderRecord::complete(std::optional<Rejection>* rejected) {
   const auto version5 = evidence_.fields(Encoding::version5);
   const auto version3 = evidence_.fields(Encoding::version3);
   if (!version3 || version5_.contested() || version3_.contested()) return std::nullopt;

@@ -15,9 +15,9 @@ namespace zor::receiver {
 class SenderRecord {
  public:
   /// Takes a broadcast or a multicast frame of an encoding. Returns the credentials when it made them
-  /// complete and they are news. Credentials that nothing but their CRC has stopped go to `rejected`, unless
+  /// complete and they are news. A packet that nothing but its CRC has stopped goes to `rejected`, unless
   /// that is null. The caller fills in the sender.
-  std::optional<Credentials> observe(const Observation& observation, std::optional<Credentials>* rejected);
+  std::optional<Credentials> observe(const Observation& observation, std::optional<Rejection>* rejected);
 
   /// True when there is anything to show.
   bool hasProgress() const { return evidence_.knownCount() > 0; }
@@ -29,7 +29,7 @@ class SenderRecord {
   SenderProgress progress() const;
 
  private:
-  std::optional<Credentials> conclude(std::optional<Credentials>* rejected);
+  std::optional<Credentials> conclude(std::optional<Rejection>* rejected);
   MulticastChannel& channelOf(const GroupOctets& group);
   void forget();
   void read(const Observation& frame, bool isLate);
@@ -38,7 +38,7 @@ class SenderRecord {
   void noteSilence(const CycleClock& clock, Source source);
   void findBases();
   bool mayBeMadeUp(Encoding encoding) const;
-  std::optional<Credentials> complete(std::optional<Credentials>* rejected);
+  std::optional<Credentials> complete(std::optional<Rejection>* rejected);
   Timetables timetables(const PacketFields& fields) const;
   Timetable judgeVersion5(const PacketFields& fields) const;
   Timetable judgeVersion3(const PacketFields& fields) const;

@@ -476,7 +476,7 @@ TEST(Decoder, DoesNotTakeTwoFramesForCopiesOfAThird) {
   std::size_t rejections = 0;
   for (unsigned seed = 1; seed <= 200; ++seed) {
     Decoder decoder;
-    decoder.setRejectionListener([&](const Credentials&) { ++rejections; });
+    decoder.setRejectionListener([&](const Rejection&) { ++rejections; });
     const Air air = merge(disturb(run, 0.6, 0, seed), disturb(relayed(run, 2), 0.6, 300, seed + 1'000));
     for (const Credentials& report : decode(decoder, air)) EXPECT_EQ(report, phone.credentials()) << seed;
   }
@@ -490,7 +490,7 @@ TEST(Decoder, DoesNotMixTwoPhonesBehindOneAddress) {
   for (unsigned seed = 1; seed <= 100; ++seed) {
     SCOPED_TRACE(seed);
     Decoder decoder;
-    decoder.setRejectionListener([&](const Credentials&) { ++rejections; });
+    decoder.setRejectionListener([&](const Rejection&) { ++rejections; });
     for (const Credentials& report : decode(decoder, disturb(both, 0.7, 0, seed)))
       EXPECT_TRUE(report == kHome.credentials() || report == other.credentials());
   }
@@ -502,7 +502,7 @@ TEST(Decoder, TellsWhatOnlyTheCrcStopped) {
   faulty.crcFault = 0x04;
   std::vector<Credentials> rejected;
   Decoder decoder;
-  decoder.setRejectionListener([&](const Credentials& credentials) { rejected.push_back(credentials); });
+  decoder.setRejectionListener([&](const Rejection& rejection) { rejected.push_back(rejection.credentials); });
   EXPECT_TRUE(decode(decoder, faulty.run("m", 0, 1'500)).empty());
   EXPECT_EQ(rejected, std::vector{kHome.credentials()});
 }
