@@ -29,6 +29,10 @@ constexpr std::uint8_t kVotesByOrder = 5;
 /// wrong byte among right ones.
 constexpr int kDoubtfulBytesAmongStrays = 1;
 
+/// A copy of a frame with another overhead looks like a frame with another index. This many pairs of bytes
+/// that come again, all at one distance, may be such copies.
+constexpr int kRepeatsOfCopies = 5;
+
 // Flags of a cell: where it was seen.
 constexpr std::uint8_t kInGroup = 1;
 constexpr std::uint8_t kInLength = 2;
@@ -50,6 +54,19 @@ bool isCrc(int piece) {
 /// The CRC of version 5 does not cover the lengths.
 bool isCovered(Encoding encoding, int index) {
   return encoding == Encoding::version3 || index == wire::kVersion5Crc || index >= wire::kVersion5Payload;
+}
+
+/// True when multicast frames of this packet may be copies of others of its frames. The groups of even and of
+/// odd indices differ, so the copies are an even number of frames away.
+bool mayHoldCopies(std::span<const std::uint8_t> packet) {
+  for (std::size_t distance = 4; distance < packet.size(); distance += 4) {
+    int repeats = 0;
+    for (std::size_t at = 0; at + distance + 1 < packet.size(); at += 2) {
+      if (std::equal(&packet[at], &packet[at] + 2, &packet[at + distance])) ++repeats;
+    }
+    if (repeats >= kRepeatsOfCopies) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -297,12 +314,14 @@ std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding en
   int doubtfulLengths = 0;
   int doubtfulPiece = 0;
   bool byOrder = false;
+  bool isSeenTwice = true;
   for (int index = 0; index < length; ++index) {
     const int piece = pieceOf(encoding, index);
     const Cell& seen = cell(piece);
     const bool isSeen = seen.votes > 0 && (seen.flags & sources) != 0 && (seen.flags & kFromOutlier) == 0;
     if (!isSeen || seen.stretch < oldest) return std::nullopt;
     packet[static_cast<std::size_t>(index)] = seen.value;
+    isSeenTwice = isSeenTwice && seen.votes >= kVotesToTrust;
     if (isCertain(seen)) continue;
     ++(isCovered(encoding, index) ? doubtful : doubtfulLengths);
     doubtfulPiece = piece;
@@ -314,6 +333,7 @@ std::optional<Credentials> PacketEvidence::readFrom(Sources sources, Encoding en
   if (doubtfulLengths > maxDoubtfulLengths) return std::nullopt;
   if (byOrder && !timeless_ && doubtful + doubtfulLengths > 1) return std::nullopt;
   const std::span<const std::uint8_t> bytes(packet.data(), static_cast<std::size_t>(length));
+  if (timeless_ && !isSeenTwice && mayHoldCopies(bytes)) return std::nullopt;
   const bool beyondEnd = encoding == Encoding::version5 && exceeds(length);
   if (crcHolds(encoding, bytes)) {
     if (!beyondEnd) return readCredentials(encoding, fields, bytes);

@@ -502,7 +502,8 @@ TEST(Decoder, TellsWhatOnlyTheCrcStopped) {
   faulty.crcFault = 0x04;
   std::vector<Credentials> rejected;
   Decoder decoder;
-  decoder.setRejectionListener([&](const Rejection& rejection) { rejected.push_back(rejection.credentials); });
+  decoder.setRejectionListener(
+      [&](const Rejection& rejection) { rejected.push_back(rejection.credentials); });
   EXPECT_TRUE(decode(decoder, faulty.run("m", 0, 1'500)).empty());
   EXPECT_EQ(rejected, std::vector{kHome.credentials()});
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "receiver/decoder/Breaks.h"
+#include "receiver/decoder/Crc8.h"
 
 namespace zor::receiver {
 namespace {
@@ -169,6 +170,33 @@ TEST(PacketEvidence, ReadsWhatIsCertain) {
       {"interrupted", {groups}, false, kGroupsInterrupted},
   };
   for (const auto& test : kCases) EXPECT_EQ(reads(test.steps, test.timetables), test.reads) << test.name;
+}
+
+TEST(PacketEvidence, AsksTwiceForWhatMayBeCopiesWhereTimesMeanNothing) {
+  const struct {
+    std::string text;  ///< Of the SSID and of the pass phrase.
+    bool timeless;
+    int sightings;
+    bool reads;
+  } kCases[] = {
+      {"abcdefghijkl", true, 1, false}, {"abcdefghijkl", true, 2, true}, {"abcdefghijkl", false, 1, true},
+      {"abcdefghij", true, 1, true},  // Five frames away: the groups differ.
+      {"abcdefgh", true, 1, true},    // Too few.
+  };
+  for (const auto& test : kCases) {
+    const auto length = static_cast<std::uint8_t>(test.text.size());
+    Bytes packet = {0x10, 0, length, length};
+    for (const char byte : test.text + test.text) packet.push_back(static_cast<std::uint8_t>(byte));
+    packet[1] = crc8(&packet[4], packet.size() - 4);
+    PacketEvidence evidence;
+    if (test.timeless) evidence.excuseBreaks();
+    for (int sighting = 0; sighting < test.sightings; ++sighting) {
+      for (int piece = 0; piece < static_cast<int>(packet.size()); ++piece)
+        evidence.add(piece, packet[static_cast<std::size_t>(piece)], {sighting * 1'000, Source::group});
+    }
+    EXPECT_EQ(evidence.read(Encoding::version5, kExplained, nullptr).has_value(), test.reads)
+        << test.text << ' ' << test.timeless << ' ' << test.sightings;
+  }
 }
 
 TEST(PacketEvidence, KnowsWhenAnotherRunHasBegun) {
