@@ -180,8 +180,6 @@ void BroadcastChannel::placeByTime(const CycleClock& before, CycleClock::Fit fit
     if (place && *place < 0 && nextCycle) {
       place = before.indexAt(value.time + before.pace() / 2,
                              before.pace() / kValueTolerance);  // End of the last cycle.
-    } else if (place && *place > index) {
-      place.reset();
     }
     if (place) {
       evidence.add(*place, value.value, {momentOf(value.time), Source::length});
