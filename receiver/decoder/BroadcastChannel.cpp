@@ -164,7 +164,6 @@ void BroadcastChannel::observePosition(int index, std::int64_t time, PacketEvide
     endRow(index, time, evidence);
     if (row_.isFollowedBy(index)) evidence.noteLastByte(index, Source::length);
   } else if (fit != CycleClock::Fit::outlier) {
-    if (before.steady() && before.hasOutlier() && fit == CycleClock::Fit::onGrid) evidence.noteStray();
     placeByTime(before, fit, index, evidence);
   }
   row_.begin(index, time);
