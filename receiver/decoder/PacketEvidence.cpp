@@ -119,7 +119,6 @@ void PacketEvidence::addByOrder(int piece, std::uint8_t value, Moment seen) {
 }
 
 void PacketEvidence::learn(int piece, std::uint8_t value, const Sighting& sighting) {
-  start_ = knownCount_ == 0 ? sighting.seen : std::min(start_, sighting.seen);
   if (cell(piece).votes == 0) ++knownCount_;
   ++changes_;
   cell(piece) =

@@ -87,9 +87,6 @@ class PacketEvidence {
 
   int knownCount() const { return knownCount_; }
 
-  /// When the first of the pieces was learnt. There must be one.
-  Moment start() const { return start_; }
-
   /// Grows whenever a piece is learnt, replaced or forgotten.
   unsigned changes() const { return changes_; }
 
@@ -159,7 +156,6 @@ class PacketEvidence {
   int contradictions_ = 0;  ///< In a row.
   int lastInGroups_ = -1;
   int lastInLengths_ = -1;
-  Moment start_ = 0;
   unsigned rejectedAt_ = 0;  ///< changes() at the last rejection.
 };
 
