@@ -51,9 +51,6 @@ class CycleClock {
   /// Where the current cycle puts this index.
   std::int64_t timeOf(int index) const { return referenceTime_ + (index - referenceIndex_) * pace_; }
 
-  /// Time of the last frame.
-  std::int64_t lastTime() const { return previousTime_; }
-
   /// True when enough frames in a row fitted the grid to rely on indexAt().
   bool steady() const { return !timeless_ && streak_ >= kSteadyStreak; }
 

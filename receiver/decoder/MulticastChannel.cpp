@@ -134,7 +134,6 @@ void MulticastChannel::observeData(const GroupFrame& frame, PacketEvidence& evid
 
 /// Returns whether the frame is an outlier.
 bool MulticastChannel::showToClock(const GroupFrame& frame, PacketEvidence& evidence) {
-  if (frame.isLate && frame.time <= clock_.lastTime()) return false;
   const int previous = clock_.lastIndex();
   // Without a base the lengths serve as indices, as the clock looks at differences only.
   const CycleClock::Fit fit = clock_.observe(frame.length, frame.time);

@@ -17,8 +17,6 @@ struct GroupFrame {
   std::int64_t time = 0;
   /// Source::length when its length was concluded from what else is known.
   Source source = Source::group;
-  /// Later frames may have been heard before.
-  bool isLate = false;
 };
 
 /// What the multicast frames of an encoding look like.

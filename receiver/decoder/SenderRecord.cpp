@@ -48,10 +48,9 @@ std::optional<Credentials> SenderRecord::observe(const Observation& observation,
                                                  std::optional<Rejection>* rejected) {
   auto sorted = overheads_.observe(observation);
   if (overheads_.takeChange()) forget();
-  if (overheads_.holds() && observation.destination == wire::kBroadcastAddress) return std::nullopt;
   if (!sorted) return std::nullopt;
   if (!sorted->isSingle) {
-    read(sorted->frame, sorted->isLate);
+    read(sorted->frame);
   } else if (!readSingle(sorted->frame)) {
     return std::nullopt;
   }
@@ -110,14 +109,13 @@ bool SenderRecord::isPromising() const {
   return fields && 2 * evidence_.knownCount() >= fields->packetLength(Encoding::version3);
 }
 
-void SenderRecord::read(const Observation& frame, bool isLate) {
+void SenderRecord::read(const Observation& frame) {
   const MacAddress& to = frame.destination;
   if (to == wire::kBroadcastAddress)
     return broadcast_.observe(frame.frameLength, frame.timeMicroseconds, evidence_);
   const Source source = overheads_.holds() ? Source::length : Source::group;
-  if (source == Source::length) evidence_.noteStray();
   const GroupOctets group{to[3], to[4], to[5]};
-  channelOf(group).observe({group, frame.frameLength, frame.timeMicroseconds, source, isLate}, evidence_);
+  channelOf(group).observe({group, frame.frameLength, frame.timeMicroseconds, source}, evidence_);
 }
 
 void SenderRecord::shareTimelessness() {

@@ -32,7 +32,7 @@ class SenderRecord {
   std::optional<Credentials> conclude(std::optional<Rejection>* rejected);
   MulticastChannel& channelOf(const GroupOctets& group);
   void forget();
-  void read(const Observation& frame, bool isLate);
+  void read(const Observation& frame);
   bool readSingle(const Observation& frame);
   void shareTimelessness();
   void noteSilence(const CycleClock& clock, Source source);

@@ -54,7 +54,7 @@ std::optional<TwoOverheads::Sorted> TwoOverheads::observe(const Observation& fra
   const bool isLate = copy != nullptr && heard.time - copy->time >= wire::kRelayedWithin;
   if (copy != nullptr && heard.group != kBroadcastOctets) noteDelay(isLate);
   if (isLate && !holds()) copy = nullptr;
-  Sorted sorted{frame, active_ && copy == nullptr, isLate && copy != nullptr};
+  Sorted sorted{frame, active_ && copy == nullptr};
   if (copy != nullptr) {
     sorted.frame.timeMicroseconds = copy->time;
     sorted.frame.frameLength = std::min(copy->length, heard.length);

@@ -19,7 +19,6 @@ class TwoOverheads {
   struct Sorted {
     Observation frame;  ///< Of a pair: with the time of the earlier copy and the length of the shorter one.
     bool isSingle = false;  ///< Its other copy was not heard so far, so it may be either.
-    bool isLate = false;    ///< Others may have been heard since the frame's time: its copy was held back.
   };
 
   /// Takes the next multicast or broadcast of the sender. While active(), returns nothing

@@ -26,8 +26,8 @@ struct Stretch {
 /// An air in which the stretches follow each other.
 struct Air {
   TwoOverheads overheads;
-  /// Each frame: p(air), P(air, late), s(ingle), r(epetition); + where two lengths have begun, - where they
-  /// have ceased. Other frames are not shown.
+  /// Each frame: p(air), s(ingle), r(epetition); + where two lengths have begun, - where they have ceased.
+  /// Other frames are not shown.
   std::string sorted;
   std::int64_t time = 0;
   int number = 0;
@@ -40,7 +40,7 @@ struct Air {
     const auto result = overheads.observe({at, {}, destination, length});
     if (overheads.takeChange()) sorted += overheads.active() ? '+' : '-';
     if (!overheads.active()) return;
-    sorted += !result ? 'r' : result->isSingle ? 's' : result->isLate ? 'P' : 'p';
+    sorted += !result ? 'r' : result->isSingle ? 's' : 'p';
     if (!result || result->isSingle) return;
     EXPECT_EQ(result->frame.frameLength, to == To::sync ? 70 : 70 + number);
     EXPECT_EQ(result->frame.timeMicroseconds, time);
@@ -101,7 +101,7 @@ TEST(TwoOverheads, KnowsWhetherTheCopiesAreHeld) {
   // Each copy belongs to the latest frame that has none.
   air.send({1, kNone, 0, To::sync});
   air.send({2, 8, 20, To::sync});
-  EXPECT_EQ(air.sorted, "+spsssssssssssPsPssPsP");
+  EXPECT_EQ(air.sorted, "+spssssssssssspspsspsp");
   air.send({1, 8});
   EXPECT_FALSE(air.overheads.holds());
 }
