@@ -59,16 +59,16 @@ void MulticastChannel::observe(const GroupFrame& frame, PacketEvidence& evidence
   }
 }
 
-bool MulticastChannel::findLength(GroupFrame& frame, int step, bool byTime, const PacketEvidence& evidence) {
+bool MulticastChannel::findLength(GroupFrame& frame, int step, bool areHeld, const PacketEvidence& evidence) {
   const bool isSync = frame.group == format_->syncGroup;
   if (!base_) return isSync && findSyncLength(frame, step);
   const int shorter = frame.length - step;
-  const bool mayBeShorter = isPossible(frame.group, frame.length, evidence);
-  const bool mayBeLonger = isPossible(frame.group, shorter, evidence);
+  const bool mayBeShorter = isPossible(frame.group, frame.length, areHeld, evidence);
+  const bool mayBeLonger = isPossible(frame.group, shorter, areHeld, evidence);
   if (!mayBeShorter && !mayBeLonger) return false;
   bool isLonger = !mayBeShorter;
   if (mayBeShorter && mayBeLonger) {
-    if (!byTime || !clock_.steady()) return false;
+    if (areHeld || !clock_.steady()) return false;
     isLonger = clock_.fits(shorter, frame.time);
     if (isLonger == clock_.fits(frame.length, frame.time)) return false;
     frame.source = Source::length;
@@ -86,14 +86,17 @@ bool MulticastChannel::findSyncLength(GroupFrame& frame, int step) {
 }
 
 /// True when a frame to this group may have this length, as far as the packet is known.
-bool MulticastChannel::isPossible(const GroupOctets& group, int length,
+bool MulticastChannel::isPossible(const GroupOctets& group, int length, bool areHeld,
                                   const PacketEvidence& evidence) const {
   if (group == format_->syncGroup) return length == *syncLength();
   const auto fields = evidence.fields(format_->encoding);
   const int frames = fields ? framesOf(fields->packetLength(format_->encoding)) : wire::kMaxPairs;
   const int index = length - *base_;
   if (index < 0 || index >= frames || (index % 2 != 0) != (group.mark == format_->oddMark)) return false;
-  return !evidence.groupExcludes(pieceOf(format_->encoding, 2 * index), group.first);
+  // Before the copies are known to be held, two of other frames may have been paired. What that made up is
+  // rarely seen twice.
+  const int sightings = areHeld ? 2 : 1;
+  return !evidence.groupExcludes(pieceOf(format_->encoding, 2 * index), group.first, sightings);
 }
 
 std::optional<int> MulticastChannel::syncLength() const {

@@ -48,8 +48,9 @@ class MulticastChannel {
   void observe(const GroupFrame& frame, PacketEvidence& evidence);
 
   /// Of a frame that was sent with its length or with one that is `step` shorter: gives it the shorter length
-  /// of both copies, if what is known leaves only one, its time included if `byTime`. Returns false if not.
-  bool findLength(GroupFrame& frame, int step, bool byTime, const PacketEvidence& evidence);
+  /// of both copies, if what is known leaves only one. Its time helps unless copies are held; where they are,
+  /// only bytes that were sighted twice count as known. Returns false if both lengths are possible, or none.
+  bool findLength(GroupFrame& frame, int step, bool areHeld, const PacketEvidence& evidence);
 
   /// Finds the length base from bytes that other channels have shown, unless it is known already.
   /// `likelySyncLength` is the length of a sync frame to expect, if there is a reason to.
@@ -98,7 +99,7 @@ class MulticastChannel {
   void addPair(const GroupPair& pair, const Sighting& sighting, PacketEvidence& evidence);
   void addByte(int index, std::uint8_t value, const Sighting& sighting, PacketEvidence& evidence) const;
   bool findSyncLength(GroupFrame& frame, int step);
-  bool isPossible(const GroupOctets& group, int length, const PacketEvidence& evidence) const;
+  bool isPossible(const GroupOctets& group, int length, bool areHeld, const PacketEvidence& evidence) const;
   void addSecondByte(const LastByte& byte, PacketEvidence& evidence);
   void beginWithBase(int base, PacketEvidence& evidence);
 

@@ -242,9 +242,9 @@ bool PacketEvidence::excludes(int piece, std::uint8_t value) const {
   return seen.value != value && seen.votes > 0 && ((seen.flags & kInGroup) != 0 || seen.votes >= needed);
 }
 
-bool PacketEvidence::groupExcludes(int piece, std::uint8_t value) const {
+bool PacketEvidence::groupExcludes(int piece, std::uint8_t value, int sightings) const {
   const Cell& seen = cell(piece);
-  return seen.value != value && (seen.flags & kInGroup) != 0;
+  return seen.value != value && (seen.flags & kInGroup) != 0 && seen.votes >= sightings;
 }
 
 std::optional<PacketFields> PacketEvidence::fields(Encoding encoding) const {

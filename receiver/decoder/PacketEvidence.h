@@ -82,8 +82,8 @@ class PacketEvidence {
   /// True when the byte is certain enough to say that it does not have this value.
   bool excludes(int piece, std::uint8_t value) const;
 
-  /// True when a group showed another value.
-  bool groupExcludes(int piece, std::uint8_t value) const;
+  /// True when a group showed another value, and the piece was sighted so often.
+  bool groupExcludes(int piece, std::uint8_t value, int sightings) const;
 
   int knownCount() const { return knownCount_; }
 

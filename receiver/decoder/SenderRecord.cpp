@@ -78,9 +78,7 @@ bool SenderRecord::readSingle(const Observation& frame) {
   }
   GroupFrame group{{to[3], to[4], to[5]}, frame.frameLength, frame.timeMicroseconds};
   MulticastChannel& channel = channelOf(group.group);
-  const bool holds = overheads_.holds();
-  if (!channel.findLength(group, overheads_.step(), !holds, evidence_)) return false;
-  if (holds) group.source = Source::length;
+  if (!channel.findLength(group, overheads_.step(), overheads_.holds(), evidence_)) return false;
   if (group.source == Source::length) evidence_.noteStray();
   channel.observe(group, evidence_);
   return true;

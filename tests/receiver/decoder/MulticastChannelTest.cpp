@@ -66,35 +66,39 @@ TEST(MulticastChannel, FindsTheLengthOfASingleCopy) {
   const struct {
     const char* name;
     int heard;  ///< Data frames of the base 72, from 0.
+    int sightings;
     int length;
     std::uint8_t bytes;
-    bool byTime;
+    bool areHeld;
     std::optional<int> found;
     Source source = Source::group;
   } kCases[] = {
-      {"below the base if it were longer", 0, 73, 9, false, 73},
-      {"any of both", 4, 82, 9, false, {}},
-      {"one has other bytes", 6, 76, 2, false, 74},
-      {"both have other bytes", 6, 76, 9, false, {}},
-      {"no time before it is steady", 5, 79, 9, true, {}},
-      {"the time of the shorter", 7, 81, 9, true, 79, Source::length},
-      {"the time of neither", 7, 83, 9, true, {}},
+      {"below the base if it were longer", 0, 1, 73, 9, true, 73},
+      {"any of both", 4, 1, 82, 9, true, {}},
+      {"one has other bytes", 6, 1, 76, 2, false, 74},
+      {"held, and seen once", 6, 1, 76, 2, true, {}},
+      {"held, and seen twice", 6, 2, 76, 2, true, 74},
+      {"both have other bytes", 6, 2, 76, 9, true, {}},
+      {"no time before it is steady", 5, 1, 79, 9, false, {}},
+      {"the time of the shorter", 7, 1, 81, 9, false, 79, Source::length},
+      {"the time of neither", 7, 1, 83, 9, false, {}},
+      {"no time when held", 7, 1, 81, 9, true, {}},
   };
   for (const auto& test : kCases) {
     SCOPED_TRACE(test.name);
     Channel phone;
     phone.hear(kSync, 72);
-    phone.hearData(0, test.heard - 1);
-    GroupFrame frame{Channel::groupOf(test.length % 2, test.bytes), test.length, phone.time + 30'000};
-    EXPECT_EQ(phone.channel.findLength(frame, 2, test.byTime, phone.evidence), test.found.has_value());
+    for (int i = 0; i < test.sightings; ++i, phone.time += 500'000) phone.hearData(0, test.heard - 1);
+    GroupFrame frame{Channel::groupOf(test.length % 2, test.bytes), test.length, phone.time - 470'000};
+    EXPECT_EQ(phone.channel.findLength(frame, 2, test.areHeld, phone.evidence), test.found.has_value());
     EXPECT_EQ(frame.length, test.found.value_or(test.length));
     EXPECT_EQ(frame.source, test.source);
   }
   for (const auto& [first, second] : {std::pair{72, 74}, {74, 72}}) {
     Channel phone;
     GroupFrame one{kSync, first}, other{kSync, second};
-    EXPECT_FALSE(phone.channel.findLength(one, 2, true, phone.evidence));
-    EXPECT_TRUE(phone.channel.findLength(other, 2, true, phone.evidence));
+    EXPECT_FALSE(phone.channel.findLength(one, 2, false, phone.evidence));
+    EXPECT_TRUE(phone.channel.findLength(other, 2, false, phone.evidence));
     EXPECT_EQ(other.length, 72);
   }
 }
