@@ -15,7 +15,7 @@ struct GroupFrame {
   GroupOctets group{};
   int length = 0;
   std::int64_t time = 0;
-  /// Source::length when its length was concluded from what else is known.
+  /// Source::length when its length may be that of another copy.
   Source source = Source::group;
 };
 
