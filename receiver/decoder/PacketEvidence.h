@@ -82,7 +82,7 @@ class PacketEvidence {
   /// True when the byte is certain enough to say that it does not have this value.
   bool excludes(int piece, std::uint8_t value) const;
 
-  /// True when a group showed another value, and the piece was sighted so often.
+  /// True when a group showed another value, and at least this many sightings agree on that value.
   bool groupExcludes(int piece, std::uint8_t value, int sightings) const;
 
   int knownCount() const { return knownCount_; }
@@ -117,6 +117,27 @@ class PacketEvidence {
     Source source = Source::group;
     bool provisional = false;
   };
+
+  /// Votes of a value that need no further sighting.
+  static constexpr std::uint8_t kVotesToTrust = 2;
+
+  /// Votes of a value that only order has placed, where strays were heard: one that is often heard misleads
+  /// in the same way each time.
+  static constexpr std::uint8_t kVotesByOrder = 5;
+
+  // Flags of a cell: where it was seen.
+  static constexpr std::uint8_t kInGroup = 1;
+  static constexpr std::uint8_t kInLength = 2;
+  static constexpr std::uint8_t kByOrder = 4;      // Placed by the order of frames only.
+  static constexpr std::uint8_t kFromOutlier = 8;  // Only in frames that may be of another run.
+
+  static constexpr std::uint8_t flagOf(Source source) {
+    return source == Source::group ? kInGroup : kInLength;
+  }
+
+  static constexpr std::uint8_t flagsOf(const Sighting& sighting) {
+    return flagOf(sighting.source) | (sighting.isOutlier ? kFromOutlier : 0);
+  }
 
   static constexpr int kMaxBreaks = 9;
 
